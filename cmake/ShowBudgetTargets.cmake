@@ -1,0 +1,45 @@
+# Functions that make the targets of this project.
+
+# showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] )
+# A GoogleTest program whose every test case is a test of its own for CTest. With QT the program's main makes a
+# QApplication on the offscreen platform and fails a test that causes a Qt warning it did not expect.
+function( showbudget_test name )
+	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS" )
+	add_executable( ${name} ${test_SOURCES} )
+	set( environment "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0" )
+	if( test_QT )
+		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support_qt )
+		list( APPEND environment "QT_QPA_PLATFORM=offscreen" )
+		set_target_properties( ${name} PROPERTIES AUTOMOC ON )
+	else()
+		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support )
+	endif()
+	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" )
+endfunction()
+
+# showbudget_fuzzer( NAME SOURCES file... LIBRARIES target... CORPUS folder )
+# A fuzz target that defines LLVMFuzzerTestOneInput. The fuzz preset links it with libFuzzer; every other build links a
+# main that replays files, and the corpus runs as an ordinary test.
+function( showbudget_fuzzer name )
+	cmake_parse_arguments( PARSE_ARGV 1 fuzz "" "CORPUS" "SOURCES;LIBRARIES" )
+	add_executable( ${name} ${fuzz_SOURCES} )
+	target_link_libraries( ${name} PRIVATE ${fuzz_LIBRARIES} )
+	if( SHOWBUDGET_WITH_FUZZERS )
+		target_link_options( ${name} PRIVATE -fsanitize=fuzzer )
+		set( replayArguments -runs=0 "${fuzz_CORPUS}" )
+	else()
+		target_link_libraries( ${name} PRIVATE fuzz_replay_main )
+		set( replayArguments "${fuzz_CORPUS}" )
+	endif()
+	add_test( NAME ${name}.corpus COMMAND ${name} ${replayArguments} )
+	set_tests_properties( ${name}.corpus PROPERTIES TIMEOUT 180 LABELS fuzz ENVIRONMENT "QT_QPA_PLATFORM=offscreen" )
+endfunction()
+
+# showbudget_bench( NAME SOURCES file... LIBRARIES target... )
+# A Google Benchmark program. It is built with everything else, so that it cannot rot, and run by hand.
+function( showbudget_bench name )
+	cmake_parse_arguments( PARSE_ARGV 1 bench "" "" "SOURCES;LIBRARIES" )
+	add_executable( ${name} ${bench_SOURCES} )
+	target_link_libraries( ${name} PRIVATE ${bench_LIBRARIES} benchmark::benchmark )
+endfunction()
