@@ -14,7 +14,7 @@ struct BudgetCategory
 	QColor m_Colour;
 };
 
-constexpr uint32_t BUDGET_RING_SIZE = 4096;				// samples kept per budget
+constexpr uint32_t BUDGET_RING_SIZE = 4096;              // samples kept per budget
 constexpr uint32_t BUDGET_PEAK_ENTRY = BUDGET_RING_SIZE; // where a block keeps its peak
 constexpr uint32_t BUDGET_BLOCK_SIZE = BUDGET_RING_SIZE + 1;
 
@@ -38,7 +38,7 @@ struct BudgetViewData
 
 	uint32_t m_nSampleCount = 0; // frames sampled since the last clear
 
-	bool m_bLive = false;		  // sampling runs: the newest sample is shown; else the history cursor's
+	bool m_bLive = false;         // sampling runs: the newest sample is shown; else the history cursor's
 	bool m_bTickSampling = false; // the newest sample is still being filled
 	bool m_bFPSUnits = false;
 	bool m_bShowAverages = true;

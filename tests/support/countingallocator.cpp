@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-CCountingAllocator::CCountingAllocator() : m_pBefore( g_pMemAlloc )
+CCountingAllocator::CCountingAllocator()
+	: m_pBefore( g_pMemAlloc )
 {
 	g_pMemAlloc = this;
 }

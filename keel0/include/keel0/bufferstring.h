@@ -10,7 +10,7 @@ class KEEL0_API CBufferString
 {
 public:
 	const char *Get() const { return m_Text.c_str(); } // never null; valid until the text changes
-	size_t Length() const { return m_Text.size(); }	   // bytes
+	size_t Length() const { return m_Text.size(); }    // bytes
 	bool IsEmpty() const { return m_Text.empty(); }
 	void Clear() { m_Text.clear(); }
 

@@ -39,7 +39,7 @@ public:
 	enum class LoadResult
 	{
 		Loaded,
-		NoFile,	   // there is no such file; the tree is unchanged
+		NoFile,    // there is no such file; the tree is unchanged
 		Unreadable // it could not be read or parsed; the tree is unchanged and pError says why (line 0: not the text)
 	};
 
@@ -79,7 +79,7 @@ public:
 	int GetCount() const;
 	KeyValues *GetEntry( int nIndex ); // null when out of range
 	const KeyValues *GetEntry( int nIndex ) const;
-	bool IsSubTree() const; // has entries, or was made as a tree and never got a value
+	bool IsSubTree() const;       // has entries, or was made as a tree and never got a value
 	const char *GetValue() const; // of an entry that is no sub-tree; else ""
 
 	// Reads a text of the form above into this tree, replacing name and content. On an error the tree is unchanged, the

@@ -15,8 +15,8 @@ enum class LoggingSeverity
 using LoggingListenerFn = void ( * )( LoggingSeverity, const char *pText, void *pContext );
 
 // Format as printf does and hand the text to every listener in the order in which they were added; with no listener the
-// text goes to stderr. Safe on any thread. A listener may log (the text is then handed on after the call) and may add or
-// remove listeners.
+// text goes to stderr. Safe on any thread. A listener may log (the text is then handed on after the call) and may add
+// or remove listeners.
 KEEL0_API void Msg( const char *pFormat, ... ) KEEL0_PRINTF( 1, 2 );
 KEEL0_API void Warning( const char *pFormat, ... ) KEEL0_PRINTF( 1, 2 );
 KEEL0_API void Logging_Error( const char *pFormat, ... ) KEEL0_PRINTF( 1, 2 ); // severity Error; returns

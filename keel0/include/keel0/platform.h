@@ -8,8 +8,8 @@
 // Seconds since some moment before the process began; monotonic, > 0.
 KEEL0_API double Plat_FloatTime();
 
-// A monotonic tick counter and its frequency in ticks per second (> 0). The counter is the processor's time-stamp counter
-// where that runs at a constant rate, else the system's monotonic clock in nanoseconds.
+// A monotonic tick counter and its frequency in ticks per second (> 0). The counter is the processor's time-stamp
+// counter where that runs at a constant rate, else the system's monotonic clock in nanoseconds.
 KEEL0_API uint64_t Plat_CPUTicks();
 KEEL0_API uint64_t Plat_CPUTickFrequency();
 

@@ -20,7 +20,10 @@ public:
 	static constexpr IndexType InvalidIndex() { return 0xFFFF; }
 	static constexpr uint32_t MaxElements() { return 0xFFFF; }
 
-	explicit CUtlRBTree( LessFn pLess ) : m_pLess( pLess ) {} // a strict weak order; not null
+	explicit CUtlRBTree( LessFn pLess )
+		: m_pLess( pLess )
+	{
+	} // a strict weak order; not null
 
 	// The entry with that key, or InvalidIndex().
 	IndexType Find( const K &key ) const;

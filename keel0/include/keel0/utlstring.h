@@ -9,11 +9,17 @@ class CUtlString
 {
 public:
 	CUtlString() = default;
-	CUtlString( const char *pText ) : m_Text( pText ? pText : "" ) {} // null is the empty text
-	CUtlString( std::string_view text ) : m_Text( text ) {}
+	CUtlString( const char *pText )
+		: m_Text( pText ? pText : "" )
+	{
+	} // null is the empty text
+	CUtlString( std::string_view text )
+		: m_Text( text )
+	{
+	}
 
 	const char *Get() const { return m_Text.c_str(); } // never null; valid until the text changes
-	size_t Length() const { return m_Text.size(); }	   // bytes
+	size_t Length() const { return m_Text.size(); }    // bytes
 	bool IsEmpty() const { return m_Text.empty(); }
 	void Set( const char *pText ) { m_Text = pText ? pText : ""; }
 	std::string_view View() const { return m_Text; }

@@ -17,8 +17,8 @@ public:
 	virtual void RegisterReceiver( uint32_t nChunkType, uint16_t nVersion, ITesselDataReceived *pReceiver ) = 0;
 	virtual int GetState() const = 0; // 3 = connected
 
-	// Sends nLength bytes of payload; the connection puts the chunk header in front. pBuffer is a g_pMemAlloc block that
-	// the connection takes over, also when the result is false (not sent).
+	// Sends nLength bytes of payload; the connection puts the chunk header in front. pBuffer is a g_pMemAlloc block
+	// that the connection takes over, also when the result is false (not sent).
 	virtual bool SendChunk( uint32_t nChunkType, uint16_t nVersion, uint32_t nLength, uint8_t *pBuffer ) = 0;
 
 protected:

@@ -34,7 +34,7 @@ public:
 	virtual void Unused11() = 0;
 	virtual void Unused12() = 0;
 	virtual bool NeedsConnection() = 0; // capability query, always true here
-	virtual bool IsHidden() = 0;		// capability query, always false here
+	virtual bool IsHidden() = 0;        // capability query, always false here
 	virtual void Unused15() = 0;
 
 protected:

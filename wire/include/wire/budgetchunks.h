@@ -24,9 +24,9 @@ struct Category
 enum class CountProblem
 {
 	None,
-	NoCount,	// the payload is too short to hold its count (and what stands before the values)
+	NoCount,    // the payload is too short to hold its count (and what stands before the values)
 	DoesNotFit, // the count's records reach past the payload
-	TooMany		// more than MAX_CATEGORIES
+	TooMany     // more than MAX_CATEGORIES
 };
 
 // A payload as it lies in memory, which must outlive the view. Bytes behind the last record are ignored.
@@ -36,8 +36,8 @@ public:
 	explicit CCategoriesView( std::span<const uint8_t> payload );
 
 	CountProblem Problem() const { return m_Problem; }
-	uint32_t Count() const { return m_nCount; }		   // as declared; 0 when NoCount
-	Category operator[]( uint32_t nIndex ) const;	   // only without a problem, nIndex < Count()
+	uint32_t Count() const { return m_nCount; }   // as declared; 0 when NoCount
+	Category operator[]( uint32_t nIndex ) const; // only without a problem, nIndex < Count()
 
 private:
 	std::span<const uint8_t> m_Payload;
@@ -46,11 +46,12 @@ private:
 };
 
 size_t CategoriesSize( uint32_t nCount ); // payload bytes
-// Writes the payload; names longer than 63 bytes are cut at a UTF-8 boundary. Returns the bytes written, 0 when `out` is too small.
+// Writes the payload; names longer than 63 bytes are cut at a UTF-8 boundary. Returns the bytes written, 0 when `out`
+// is too small.
 size_t WriteCategories( std::span<uint8_t> out, std::span<const Category> categories );
 
-// 'PCPU': u32 count, u32 continuation mark (only zero or not counts), f32 averaged frame rate, then u32 microseconds per
-// budget.
+// 'PCPU': u32 count, u32 continuation mark (only zero or not counts), f32 averaged frame rate, then u32 microseconds
+// per budget.
 class CSampleView
 {
 public:
@@ -59,9 +60,9 @@ public:
 	CountProblem Problem() const { return m_Problem; }
 	uint32_t Count() const { return m_nCount; }
 	bool IsContinuation() const { return m_bContinuation; } // the mark is 0
-	float FrameRate() const { return m_flFrameRate; }		// as sent: may be anything
-	uint32_t Value( uint32_t nIndex ) const;				// microseconds; only without a problem, nIndex < Count()
-	void CopyValues( std::span<uint32_t> out ) const;		// the first out.size() values; out.size() <= Count()
+	float FrameRate() const { return m_flFrameRate; }       // as sent: may be anything
+	uint32_t Value( uint32_t nIndex ) const;                // microseconds; only without a problem, nIndex < Count()
+	void CopyValues( std::span<uint32_t> out ) const;       // the first out.size() values; out.size() <= Count()
 
 private:
 	std::span<const uint8_t> m_Payload;

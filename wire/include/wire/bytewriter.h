@@ -13,7 +13,10 @@ namespace wire
 class CByteWriter
 {
 public:
-	explicit CByteWriter( std::span<uint8_t> memory ) : m_Memory( memory ) {}
+	explicit CByteWriter( std::span<uint8_t> memory )
+		: m_Memory( memory )
+	{
+	}
 
 	void U8( uint8_t nValue ) { PutBigEndian( nValue, 1 ); }
 	void U16BigEndian( uint16_t nValue ) { PutBigEndian( nValue, 2 ); }

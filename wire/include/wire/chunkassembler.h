@@ -16,16 +16,16 @@ struct BlockAllocator
 	void ( *m_pFree )( void *pBlock );
 };
 
-// Takes bytes as they come, in pieces of any size, and hands out whole chunks in order. A block grows with the bytes that
-// really arrive, so a peer that only announces a long chunk costs nothing.
+// Takes bytes as they come, in pieces of any size, and hands out whole chunks in order. A block grows with the bytes
+// that really arrive, so a peer that only announces a long chunk costs nothing.
 class CChunkAssembler
 {
 public:
 	enum class Result
 	{
 		NeedMore, // every byte was taken, no chunk is whole yet
-		Chunk,	  // a chunk is whole: TakeBlock() before the next Feed
-		Refused	  // the header at hand cannot be: Problem() and Header() say why; nothing is taken any more
+		Chunk,    // a chunk is whole: TakeBlock() before the next Feed
+		Refused   // the header at hand cannot be: Problem() and Header() say why; nothing is taken any more
 	};
 
 	explicit CChunkAssembler( const BlockAllocator &allocator );

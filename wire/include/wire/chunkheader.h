@@ -22,7 +22,7 @@ enum class HeaderProblem
 {
 	None,
 	ReservedNotZero, // the two bytes that must be zero are not: this is no chunk stream
-	TooLong			 // the declared length is over MAX_CHUNK_LENGTH
+	TooLong          // the declared length is over MAX_CHUNK_LENGTH
 };
 
 void WriteChunkHeader( std::span<uint8_t, CHUNK_HEADER_SIZE> bytes, const ChunkHeader &header );

@@ -1,0 +1,1 @@
+#include "keel0/mathlib.h"

@@ -1,0 +1,1 @@
+// The exports of the module.

@@ -1,0 +1,3 @@
+#include "miniprofiler/miniprofilerwidget.h"
+
+CQMiniProfilerWidget::CQMiniProfilerWidget( QWidget *pParent ) : QWidget( pParent ) {}

@@ -1,0 +1,3 @@
+#include "recordings/kestoplayerwidget.h"
+
+CQKestoPlayerWidget::CQKestoPlayerWidget( QWidget *pParent ) : QWidget( pParent ) {}

@@ -1,0 +1,1 @@
+// The ring store of budget samples.

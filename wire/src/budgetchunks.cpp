@@ -1,0 +1,1 @@
+#include "wire/budgetchunks.h"

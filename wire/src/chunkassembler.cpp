@@ -1,0 +1,1 @@
+#include "wire/chunkassembler.h"
