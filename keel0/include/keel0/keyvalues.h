@@ -1,8 +1,10 @@
 // A tree of named values that is kept as text: the settings of the host and its sub-tools.
 //
-// Text form: a name and either a value or a block of further entries in braces. Names and values are written in double
-// quotes; on reading, one without blanks, quotes and braces may stand bare. Inside quotes \" \\ \n \r \t and \xHH are
-// escapes. "//" starts a comment that runs to the end of its line.
+// Text form: a name and either a value or a block of further entries in braces; one such entry is the whole text. Names
+// and values are written in double quotes; on reading, one without blanks, quotes and braces may stand bare. Inside
+// quotes \" \\ \n \r \t and \xHH are escapes, and a quoted text ends on the line on which it began. "//" between words
+// starts a comment that runs to the end of its line; inside a bare word it is part of the word. The byte 0 cannot
+// occur, and no name may stand twice in a block. A UTF-8 byte order mark in front is skipped.
 //
 //	"Tessel"
 //	{
@@ -64,7 +66,7 @@ public:
 	void SetFloat( const char *pKey, float flValue );
 	void SetString( const char *pKey, const char *pValue ); // null is the empty text
 
-	// The whole tree anew; the caller deletes it.
+	// The whole tree anew, name included; the caller deletes it.
 	KeyValues *MakeCopy() const;
 
 	// The entry (value or sub-tree) of that name directly below this one, or null. bCreate adds an empty sub-tree.
@@ -82,15 +84,21 @@ public:
 	bool IsSubTree() const;       // has entries, or was made as a tree and never got a value
 	const char *GetValue() const; // of an entry that is no sub-tree; else ""
 
+	static constexpr int MAX_LEVELS = 64; // blocks inside one another
+	static constexpr size_t MAX_TEXT_SIZE = size_t{ 64 } << 20;
+
 	// Reads a text of the form above into this tree, replacing name and content. On an error the tree is unchanged, the
-	// result is false and *pError (may be null) says where. At most 64 levels, 64 MiB of text.
+	// result is false and *pError (may be null) says where (line 0: the text is longer than MAX_TEXT_SIZE).
 	bool LoadFromBuffer( std::string_view text, ParseError *pError = nullptr );
+
+	// A tree of more than MAX_LEVELS levels gives a text that cannot be read back; SaveToFile refuses it.
 	std::string SaveToBuffer() const;
 
 	LoadResult LoadFromFile( const char *pPath, ParseError *pError = nullptr );
 
 	// Writes to a new file beside pPath and renames it over pPath, so that a reader and a crash see the old or the new
-	// text whole. False (and pError->m_Message) when that failed; the old file is then unchanged.
+	// text whole. The mode of an old file is kept, and a link leads to the file that is replaced. False (and
+	// pError->m_Message) when that failed; the old file is then unchanged.
 	bool SaveToFile( const char *pPath, ParseError *pError = nullptr ) const;
 
 	// For settings: loads pPath, and when the file is there but broken, reports it through Warning with line and
@@ -100,6 +108,10 @@ public:
 	LoadResult LoadSettingsFile( const char *pPath, ParseError *pError = nullptr, std::string *pKeptAs = nullptr );
 
 private:
+	friend class CKeyValuesReader;
+
+	KeyValues &ValueEntry( const char *pKey );
+
 	std::string m_Name;
 	std::string m_Value;
 	bool m_bHasValue = false;

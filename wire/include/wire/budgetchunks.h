@@ -26,7 +26,7 @@ enum class CountProblem
 	None,
 	NoCount,    // the payload is too short to hold its count (and what stands before the values)
 	DoesNotFit, // the count's records reach past the payload
-	TooMany     // more than MAX_CATEGORIES
+	TooMany     // more than MAX_CATEGORIES categories; a sample may hold more values than anyone reads
 };
 
 // A payload as it lies in memory, which must outlive the view. Bytes behind the last record are ignored.
@@ -45,7 +45,7 @@ private:
 	CountProblem m_Problem = CountProblem::None;
 };
 
-size_t CategoriesSize( uint32_t nCount ); // payload bytes
+size_t CategoriesSize( uint32_t nCount ); // payload bytes; nCount <= MAX_CATEGORIES
 // Writes the payload; names longer than 63 bytes are cut at a UTF-8 boundary. Returns the bytes written, 0 when `out`
 // is too small.
 size_t WriteCategories( std::span<uint8_t> out, std::span<const Category> categories );

@@ -22,12 +22,13 @@ enum class HeaderProblem
 {
 	None,
 	ReservedNotZero, // the two bytes that must be zero are not: this is no chunk stream
-	TooLong          // the declared length is over MAX_CHUNK_LENGTH
+	TooLong,         // the declared length is over MAX_CHUNK_LENGTH
+	NoMemory         // the header is right, but an assembler's allocator had no block for the chunk
 };
 
 void WriteChunkHeader( std::span<uint8_t, CHUNK_HEADER_SIZE> bytes, const ChunkHeader &header );
 
-// Fills header whatever the result, for messages.
+// Fills header whatever the result, for messages. The result is never NoMemory.
 HeaderProblem ReadChunkHeader( std::span<const uint8_t, CHUNK_HEADER_SIZE> bytes, ChunkHeader &header );
 
 // "PCAT", or "0x00000001" for a code that is not four printable characters. For messages.

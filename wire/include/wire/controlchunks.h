@@ -10,7 +10,8 @@
 
 namespace wire
 {
-// 'KSTO': u8 start (1) or stop (0), two option bytes.
+// 'KSTO': u8 start (1; any value but 0) or stop (0), two option bytes. Here and below, bytes behind the last field are
+// ignored.
 struct SamplingRequest
 {
 	bool m_bStart = false;
@@ -26,6 +27,8 @@ std::array<uint8_t, MINIPROFILER_CONTROL_SIZE> WriteMiniProfilerControl( bool bW
 std::optional<bool> ReadMiniProfilerControl( std::span<const uint8_t> payload );
 
 // 'KMPN': u64 ids up to the end of the payload; a rest of fewer than 8 bytes is ignored.
+constexpr size_t NAME_REQUEST_SIZE = 8;
 size_t NameRequestCount( std::span<const uint8_t> payload );
-uint64_t ReadNameRequest( std::span<const uint8_t> payload, size_t nIndex ); // nIndex < NameRequestCount
+uint64_t ReadNameRequest( std::span<const uint8_t> payload, size_t nIndex );       // nIndex < NameRequestCount
+size_t WriteNameRequests( std::span<uint8_t> out, std::span<const uint64_t> ids ); // 0 when `out` is too small
 } // namespace wire
