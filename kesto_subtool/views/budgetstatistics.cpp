@@ -1,0 +1,76 @@
+#include "views/budgetstatistics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace
+{
+constexpr float MILLISECONDS = 0.001f; // per microsecond
+
+double Milliseconds( uint32_t nMicroseconds )
+{
+	return double{ static_cast<float>( nMicroseconds ) * MILLISECONDS };
+}
+
+double Milliseconds( float flMicroseconds )
+{
+	return double{ flMicroseconds * MILLISECONDS };
+}
+} // namespace
+
+BudgetStatistics ComputeBudgetStatistics( const BudgetViewData &data, int nBudget )
+{
+	const std::span<const uint32_t> ring = data.Block( static_cast<size_t>( nBudget ) );
+	const uint32_t nStart = BudgetSlot( data.SelectedSample() );
+	const auto valueBack = [&]( uint32_t nSteps )
+	{ return ring[( nStart + BUDGET_RING_SIZE - nSteps ) % BUDGET_RING_SIZE]; };
+	const uint32_t nWindow = std::min( data.m_nSampleCount, BUDGET_STATISTICS_WINDOW );
+	const uint32_t nSkipped = data.m_bTickSampling ? 1 : 0;
+
+	BudgetStatistics statistics;
+	statistics.m_nBudget = nBudget;
+	if ( nWindow < nSkipped + 2 )
+		return statistics;
+
+	uint32_t nMinimum = std::numeric_limits<uint32_t>::max();
+	uint32_t nMaximum = 0;
+	double flSum = 0;
+	for ( uint32_t i = nSkipped; i < nWindow; i++ )
+	{
+		nMinimum = std::min( nMinimum, valueBack( i ) );
+		nMaximum = std::max( nMaximum, valueBack( i ) );
+		flSum += valueBack( i );
+	}
+	const double flCount = nWindow - nSkipped;
+	const double flMean = flSum / flCount;
+
+	// With "Tick Sampling" the first sweep leaves one value out and this one does not: the sum takes one value more
+	// than mean and divisor count. That is deliberate.
+	double flSquares = 0;
+	for ( uint32_t i = 0; i < nWindow; i++ )
+		flSquares += ( valueBack( i ) - flMean ) * ( valueBack( i ) - flMean );
+
+	statistics.m_nMinimum = nMinimum;
+	statistics.m_nMaximum = nMaximum;
+	statistics.m_flMean = static_cast<float>( flMean );
+	statistics.m_flDeviation = static_cast<float>( std::sqrt( flSquares / ( flCount - 1 ) ) );
+	return statistics;
+}
+
+QString BudgetStatisticsText( const BudgetStatistics &statistics )
+{
+	return QString::asprintf( "avg %5.2f stddev %6.3f [%6.3f->%6.3f]", Milliseconds( statistics.m_flMean ),
+		Milliseconds( statistics.m_flDeviation ), Milliseconds( statistics.m_nMinimum ),
+		Milliseconds( statistics.m_nMaximum ) );
+}
+
+QString BudgetSummaryText( const BudgetViewData &data, int nBudget )
+{
+	const BudgetStatistics statistics = ComputeBudgetStatistics( data, nBudget );
+	const size_t nCategory = static_cast<size_t>( nBudget );
+	return QString::fromUtf8( data.m_Categories[nCategory].m_Name.Get() ) +
+		   QString::asprintf( ": avg %.2f stddev %.3f [%.3f->%.3f] peak %.2f", Milliseconds( statistics.m_flMean ),
+			   Milliseconds( statistics.m_flDeviation ), Milliseconds( statistics.m_nMinimum ),
+			   Milliseconds( statistics.m_nMaximum ), Milliseconds( data.Peak( nCategory ) ) );
+}

@@ -1,0 +1,9 @@
+// Draws whiskers and captions over the bars.
+#pragma once
+
+#include "views/budgetstatisticslayout.h"
+#include "views/budgetviewstyle.h"
+
+class QPainter;
+
+void PaintBudgetStatistics( QPainter &painter, const BudgetStatisticsLayout &layout, const BudgetViewStyle &style );
