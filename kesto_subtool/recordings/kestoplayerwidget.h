@@ -3,7 +3,8 @@
 
 #include <QWidget>
 
-class CQKestoPlayerWidget : public QWidget
+// Says plainly that no recording can be opened yet.
+class CQKestoPlayerWidget final : public QWidget
 {
 	Q_OBJECT
 
