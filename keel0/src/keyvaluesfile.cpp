@@ -225,6 +225,8 @@ bool KeyValues::SaveToFile( const char *pPath, ParseError *pError ) const
 
 KeyValues::LoadResult KeyValues::LoadSettingsFile( const char *pPath, ParseError *pError, std::string *pKeptAs )
 {
+	if ( pKeptAs )
+		pKeptAs->clear();
 	ParseError error;
 	const LoadResult result = LoadFromFile( pPath, &error );
 	if ( result != LoadResult::Unreadable )

@@ -103,8 +103,8 @@ public:
 
 	// For settings: loads pPath, and when the file is there but broken, reports it through Warning with line and
 	// column, renames it to a free name "pPath.broken-N" (N = 1, 2, …), and returns Unreadable: what the user had is
-	// kept and a later SaveToFile does not overwrite it. If even the renaming fails, pError says so and the caller must
-	// not save there.
+	// kept and a later SaveToFile does not overwrite it. *pKeptAs is the new name, else empty. If even the renaming
+	// fails, the warning and pError say so and the caller must not save there.
 	LoadResult LoadSettingsFile( const char *pPath, ParseError *pError = nullptr, std::string *pKeptAs = nullptr );
 
 private:

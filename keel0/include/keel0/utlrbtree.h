@@ -1,6 +1,7 @@
 // An ordered map of unique keys: a red-black tree in one growable array.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -9,7 +10,7 @@
 
 // Nodes are linked by 16-bit indices and freed nodes are reused, so an entry keeps its index from Insert to Remove and
 // at most 65,535 entries fit. The rebalancing is the one of Cormen, Leiserson, Rivest and Stein, "Introduction to
-// Algorithms", chapter 13. K and V must be default-constructible and movable.
+// Algorithms", chapter 13. K and V must be default-constructible, K copyable and V movable.
 template <typename K, typename V>
 class CUtlRBTree
 {
@@ -119,14 +120,13 @@ auto CUtlRBTree<K, V>::Insert( const K &key, V value ) -> IndexType
 		nIndex = bLeft ? node.m_nLeft : node.m_nRight;
 	}
 
-	K keyCopy = key; // may lie in the array, which may grow
 	const IndexType nNew = TakeNode();
 	if ( nNew == InvalidIndex() )
 		return nNew;
 	Node &node = m_Nodes[nNew];
 	node = Node{};
 	node.m_nParent = nParent;
-	node.m_Key = std::move( keyCopy );
+	node.m_Key = key; // outside the array that may just have grown: what lies inside was found above
 	node.m_Value = std::move( value );
 	if ( nParent == InvalidIndex() )
 		m_nRoot = nNew;
