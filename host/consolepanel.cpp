@@ -4,7 +4,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
-#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -100,7 +99,8 @@ QWidget *CQConsolePanel::MakeCommandRow()
 
 void CQConsolePanel::UpdateFonts()
 {
-	QFont font = QFontDatabase::systemFont( QFontDatabase::FixedFont );
+	QFont font( "monospace" );
+	font.setStyleHint( QFont::Monospace );
 	font.setPointSizeF( QApplication::font().pointSizeF() );
 	m_pLines->setFont( font );
 	m_pCommandEdit->setFont( font );

@@ -42,7 +42,8 @@ CPlugin::CPlugin( const QString &path )
 
 CPlugin::~CPlugin()
 {
-	m_Library.unload();
+	if ( m_SubTools.empty() )
+		m_Library.unload();
 }
 
 std::unique_ptr<CPlugin> CPlugin::Load(

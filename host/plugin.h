@@ -34,7 +34,8 @@ struct SubTool
 	bool m_bInitialised = false;
 };
 
-// The module stays in memory as long as the object lives.
+// A module whose sub-tools were taken stays in memory until the process ends: the toolkit's caches (fonts, types) may
+// hold texts and functions of it, and would be left with nothing.
 class CPlugin
 {
 public:

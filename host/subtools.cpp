@@ -2,7 +2,6 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QEvent>
 #include <QFileInfo>
 
 #include "keel0/keyvalues.h"
@@ -38,7 +37,7 @@ CSubTools::CSubTools( ITesselHost &host, ReportFn report )
 
 CSubTools::~CSubTools()
 {
-	Unload();
+	ShutDown();
 }
 
 QStringList CSubTools::FindPlugins( const QString &folder )
@@ -182,7 +181,7 @@ void CSubTools::ConnectionEnded( ITesselConnection *pConnection ) const
 	ForEachRunning( [pConnection]( const SubTool &tool ) { tool.m_pTool->ConnectionEnded( pConnection ); } );
 }
 
-void CSubTools::Unload()
+void CSubTools::ShutDown()
 {
 	while ( !m_Plugins.empty() )
 	{
@@ -193,8 +192,6 @@ void CSubTools::Unload()
 				tool.m_pModule->ShutDown();
 			tool.m_pModule->Disconnect();
 		}
-		// What the module asked to be deleted later must go while its code is still there.
-		QCoreApplication::sendPostedEvents( nullptr, QEvent::DeferredDelete );
 		m_Plugins.pop_back();
 	}
 }

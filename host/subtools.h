@@ -1,4 +1,4 @@
-// All sub-tools of the console: from loading their modules to letting them go.
+// All sub-tools of the console: from loading their modules to shutting them down.
 #pragma once
 
 #include <QStringList>
@@ -21,7 +21,7 @@ public:
 	using ReportFn = std::function<void( const QString &line )>;
 
 	CSubTools( ITesselHost &host, ReportFn report );
-	~CSubTools(); // as Unload
+	~CSubTools(); // as ShutDown
 	CSubTools( const CSubTools & ) = delete;
 	CSubTools &operator=( const CSubTools & ) = delete;
 
@@ -43,9 +43,9 @@ public:
 	void ConnectionStateChanged( ITesselConnection *pConnection ) const;
 	void ConnectionEnded( ITesselConnection *pConnection ) const;
 
-	// Shuts every sub-tool down, disconnects it and takes its module out of memory, the last one first. The connections
-	// must have ended.
-	void Unload();
+	// Shuts every sub-tool down and disconnects it, the last module first. The connections must have ended. Nothing
+	// happens the second time.
+	void ShutDown();
 
 private:
 	bool IsLoaded( const QString &canonicalPath ) const;

@@ -144,8 +144,7 @@ void CTargetConnection::OnLinkGreeted( const wire::Hello &hello )
 	m_flConnectedAt = Plat_FloatTime();
 	m_Traffic.Restart( m_flConnectedAt );
 	m_Problem.clear();
-	emit Reported( LoggingSeverity::Message,
-		tr( "connected to %1 (process %2) at %3" ).arg( Name() ).arg( m_nProcessId ).arg( m_Address.ToString() ) );
+	emit Reported( LoggingSeverity::Message, tr( "connected to %1 (process %2)" ).arg( Name() ).arg( m_nProcessId ) );
 	SetState( Connected );
 }
 

@@ -228,7 +228,7 @@ float CTesselHost::GetUIScale() const
 }
 
 // What sub-tools show is saved while it is there; then their connections end, which deletes their windows while engines
-// can still be told to stop; only then does their code go.
+// can still be told to stop; only then do they shut down.
 void CTesselHost::ShutDown()
 {
 	if ( std::exchange( m_bShutDown, true ) )
@@ -238,7 +238,7 @@ void CTesselHost::ShutDown()
 	m_pSubTools->SaveSettings( m_Settings.SubTools() );
 	m_Settings.Save();
 	m_pConnections->RemoveAll();
-	m_pSubTools->Unload();
+	m_pSubTools->ShutDown();
 	m_pDemo.reset();
 }
 
