@@ -41,6 +41,8 @@ public:
 	void FillViewData( BudgetViewData &data ) const;
 
 private:
+	friend class CBudgetSampleStoreTester; // brings the counter close to its wrap
+
 	void FillNewestFrame( std::span<const uint32_t> values, bool bAccumulate );
 	void StoreNewestFrame( uint32_t nSlot );
 	void ResetPeaks( bool bTickSampling );

@@ -1,0 +1,277 @@
+// What the window is made of.
+#include <gmock/gmock.h>
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QFontMetrics>
+#include <QMenuBar>
+#include <QToolBar>
+#include <QToolButton>
+#include <QtTest>
+
+#include "miniprofiler/miniprofilerwidget.h"
+#include "recordings/kestoplayerwidget.h"
+#include "showbudget/windowfixture.h"
+#include "views/budgethistorywidget.h"
+#include "views/budgetsampleswidget.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+namespace
+{
+constexpr const char *g_MenuEntries[] = { "FPS Units", "Show Budget Averages", "-", "Budget History", "FPS Thresholds",
+	"FPS Averages", "-", "Tick Sampling", "Microprofiler", "Kesto Player", "-", "Clear Samples", "-", "Start Sampling",
+	"Stop Sampling" };
+
+// The texts of a menu or tool bar, "-" for a separator.
+std::vector<std::string> Entries( const QWidget &widget )
+{
+	std::vector<std::string> entries;
+	for ( const QAction *pAction : widget.actions() )
+		entries.push_back( pAction->isSeparator() ? "-" : pAction->text().toStdString() );
+	return entries;
+}
+
+QLabel *LabelWithText( const CQBudgetWidget &window, const QString &text )
+{
+	for ( QLabel *pLabel : window.statusBar()->findChildren<QLabel *>() )
+	{
+		if ( pLabel->text() == text )
+			return pLabel;
+	}
+	ADD_FAILURE() << "no label says " << text.toStdString();
+	return nullptr;
+}
+} // namespace
+
+TEST_F( WindowTest, TheTitleNamesTheConnection )
+{
+	m_Connection.m_Name = "demo \xC3\xA9ngine";
+	EXPECT_EQ( MakeWindow().windowTitle(), QString::fromUtf8( "Show Budget - demo \xC3\xA9ngine" ) );
+	m_Connection.m_Name = "";
+	EXPECT_EQ( MakeWindow().windowTitle(), "Show Budget - " );
+}
+
+TEST_F( WindowTest, TheHostsQuitDoesNotWaitForTheWindow )
+{
+	EXPECT_FALSE( MakeWindow().testAttribute( Qt::WA_QuitOnClose ) );
+}
+
+TEST_F( WindowTest, DocksAreAnimatedNestedAndTabbed )
+{
+	EXPECT_EQ( static_cast<int>( MakeWindow().dockOptions() ), 7 );
+}
+
+TEST_F( WindowTest, TheSamplesStripIsInTheCentre )
+{
+	MakeWindow();
+	EXPECT_NE( qobject_cast<CQBudgetSamplesWidget *>( m_pWindow->centralWidget() ), nullptr );
+}
+
+TEST_F( WindowTest, HasThreeDocksAtTheBottomOfWhichTheHistoryShows )
+{
+	MakeWindow();
+	const struct
+	{
+		const char *m_pTitle;
+		const char *m_pObjectName;
+		const QMetaObject *m_pContent;
+		bool m_bHidden;
+	} rows[] = {
+		{ "Budget History", "ShowBudget_History", &CQBudgetHistoryWidget::staticMetaObject, false },
+		{ "MiniProfiler History", "MiniProfiler_History", &CQMiniProfilerWidget::staticMetaObject, true },
+		{ "Kesto Player", "Kesto_Player", &CQKestoPlayerWidget::staticMetaObject, true },
+	};
+	EXPECT_EQ( m_pWindow->findChildren<QDockWidget *>().size(), 3 );
+	for ( const auto &row : rows )
+	{
+		SCOPED_TRACE( row.m_pTitle );
+		QDockWidget *pDock = Dock( row.m_pTitle );
+		ASSERT_NE( pDock, nullptr );
+		EXPECT_EQ( pDock->objectName(), row.m_pObjectName );
+		EXPECT_EQ( static_cast<int>( pDock->features() ), 7 );
+		EXPECT_EQ( m_pWindow->dockWidgetArea( pDock ), Qt::BottomDockWidgetArea );
+		EXPECT_EQ( pDock->widget()->metaObject(), row.m_pContent );
+		EXPECT_EQ( pDock->isHidden(), row.m_bHidden );
+	}
+}
+
+TEST_F( WindowTest, ActionsHaveTheirTextsAndStates )
+{
+	MakeWindow();
+	const struct
+	{
+		const char *m_pText;
+		bool m_bCheckable;
+		bool m_bChecked;
+	} rows[] = {
+		{ "FPS Units", true, false },
+		{ "Show Budget Averages", true, true },
+		{ "FPS Thresholds", true, true },
+		{ "FPS Averages", true, false },
+		{ "Clear Samples", false, false },
+		{ "Start Sampling", false, false },
+		{ "Stop Sampling", false, false },
+		{ "Tick Sampling", true, false },
+		{ "Microprofiler", true, false },
+	};
+	for ( const auto &row : rows )
+	{
+		const QAction *pAction = Action( row.m_pText );
+		ASSERT_NE( pAction, nullptr ) << row.m_pText;
+		EXPECT_EQ( pAction->isCheckable(), row.m_bCheckable ) << row.m_pText;
+		EXPECT_EQ( pAction->isChecked(), row.m_bChecked ) << row.m_pText;
+		EXPECT_EQ( pAction->parent(), m_pWindow.get() ) << row.m_pText;
+	}
+}
+
+TEST_F( WindowTest, TheOptionsMenuHasItsEntriesInOrder )
+{
+	MakeWindow();
+	const QList<QAction *> menus = m_pWindow->menuBar()->actions();
+	ASSERT_EQ( menus.size(), 1 );
+	EXPECT_EQ( menus[0]->text(), "&Options" );
+	EXPECT_THAT( Entries( *menus[0]->menu() ), ElementsAreArray( g_MenuEntries ) );
+}
+
+TEST_F( WindowTest, TheToolBarHasItsEntriesInOrder )
+{
+	MakeWindow();
+	const auto toolBars = m_pWindow->findChildren<QToolBar *>();
+	ASSERT_EQ( toolBars.size(), 1 );
+	EXPECT_EQ( toolBars[0]->windowTitle(), "ShowBudget" );
+	EXPECT_EQ( toolBars[0]->objectName(), "ShowBudget" );
+	EXPECT_THAT( Entries( *toolBars[0] ),
+		ElementsAre( "Start Sampling", "Stop Sampling", "Tick Sampling", "Microprofiler", "Kesto Player" ) );
+}
+
+TEST_F( WindowTest, AContextMenuEventOpensTheOptionsUnderThePointer )
+{
+	MakeWindow().show();
+	QWidget *pChild = m_pWindow->centralWidget();
+	const QPoint ptGlobal = pChild->mapToGlobal( QPoint( 20, 20 ) );
+	QContextMenuEvent event( QContextMenuEvent::Mouse, QPoint( 20, 20 ), ptGlobal );
+	QApplication::sendEvent( pChild, &event );
+	auto *pMenu = qobject_cast<QMenu *>( QApplication::activePopupWidget() );
+	ASSERT_NE( pMenu, nullptr );
+	EXPECT_THAT( Entries( *pMenu ), ElementsAreArray( g_MenuEntries ) );
+	EXPECT_EQ( pMenu->pos(), ptGlobal );
+
+	// The entries are the window's own actions.
+	pMenu->setActiveAction( Action( "FPS Units" ) );
+	QTest::keyClick( pMenu, Qt::Key_Return );
+	EXPECT_TRUE( Action( "FPS Units" )->isChecked() );
+	EXPECT_EQ( QApplication::activePopupWidget(), nullptr );
+}
+
+TEST_F( WindowTest, TheWindowMayEndWhileItsContextMenuIsOpen )
+{
+	MakeWindow().show();
+	QContextMenuEvent event( QContextMenuEvent::Mouse, QPoint( 5, 5 ), m_pWindow->mapToGlobal( QPoint( 5, 5 ) ) );
+	QApplication::sendEvent( m_pWindow.get(), &event );
+	ASSERT_NE( QApplication::activePopupWidget(), nullptr );
+	m_pWindow.reset();
+	EXPECT_EQ( QApplication::activePopupWidget(), nullptr );
+	QApplication::processEvents();
+}
+
+TEST_F( WindowTest, ToolBarButtonsStartAndStop )
+{
+	MakeWindow().show();
+	m_pWindow->StopSampling();
+	const auto *pToolBar = m_pWindow->findChild<QToolBar *>();
+	QTest::mouseClick( pToolBar->widgetForAction( Action( "Start Sampling" ) ), Qt::LeftButton );
+	EXPECT_TRUE( m_pWindow->IsRunning() );
+	QTest::mouseClick( pToolBar->widgetForAction( Action( "Stop Sampling" ) ), Qt::LeftButton );
+	EXPECT_FALSE( m_pWindow->IsRunning() );
+}
+
+TEST_F( WindowTest, StatusLabelsStandInOrderWithTheirFramesAndWidths )
+{
+	MakeWindow().show();
+	m_pWindow->StopSampling();
+	m_pWindow->resize( 1200, 800 );
+	QApplication::processEvents();
+	const QLabel *pState = LabelWithText( *m_pWindow, "Stopped." );
+	const QLabel *pSamples = LabelWithText( *m_pWindow, "No Samples." );
+	const QLabel *pFPS = LabelWithText( *m_pWindow, "FPS:" );
+	const QLabel *pFrame = LabelWithText( *m_pWindow, "Frame:" );
+	ASSERT_TRUE( pState && pSamples && pFPS && pFrame );
+	EXPECT_EQ( pState->frameStyle(), 0x32 );
+	EXPECT_EQ( pSamples->frameStyle(), 0x32 );
+	EXPECT_EQ( pFPS->width(), QFontMetrics( pFPS->font() ).horizontalAdvance( " FPS: 888.88 " ) );
+	EXPECT_EQ( pFrame->width(), QFontMetrics( pFrame->font() ).horizontalAdvance( " Frame: 888.88 " ) );
+	EXPECT_LT( pState->x(), pSamples->x() );
+	EXPECT_LT( pSamples->x(), pFPS->x() );
+	EXPECT_LT( pFPS->x(), pFrame->x() );
+}
+
+TEST_F( WindowTest, ACursorLabelStandsBetweenSamplesAndFrameRate )
+{
+	MakeWindow();
+	auto *pCursor = new QLabel( "here" );
+	m_pWindow->AddCursorLabel( pCursor );
+	m_pWindow->show();
+	pCursor->show();
+	m_pWindow->resize( 1200, 800 );
+	QApplication::processEvents();
+	EXPECT_LT( LabelWithText( *m_pWindow, "No Samples." )->x(), pCursor->x() );
+	EXPECT_LT( pCursor->x(), LabelWithText( *m_pWindow, "FPS:" )->x() );
+}
+
+TEST_F( WindowTest, TheStyleFollowsTheHost )
+{
+	m_Host.m_flUIScale = 2.0f;
+	EXPECT_EQ( MakeWindow().GetViewStyle().m_Colours.m_Cursor, QColor( 255, 255, 255 ) );
+	EXPECT_EQ( m_pWindow->GetViewStyle().m_flUIScale, 2.0f );
+	m_Host.m_bDark = false;
+	EXPECT_EQ( MakeWindow().GetViewStyle().m_Colours.m_Cursor, QColor( Qt::blue ) );
+}
+
+TEST_F( WindowTest, OptionActionsReachTheViews )
+{
+	MakeWindow();
+	const struct
+	{
+		const char *m_pAction;
+		bool BudgetViewData::*m_pFlag;
+	} rows[] = {
+		{ "FPS Units", &BudgetViewData::m_bFPSUnits },
+		{ "Show Budget Averages", &BudgetViewData::m_bShowAverages },
+		{ "FPS Thresholds", &BudgetViewData::m_bShowThresholds },
+		{ "FPS Averages", &BudgetViewData::m_bFPSAverages },
+		{ "Tick Sampling", &BudgetViewData::m_bTickSampling },
+	};
+	for ( const auto &row : rows )
+	{
+		const bool bBefore = m_pWindow->GetViewData().*row.m_pFlag;
+		Action( row.m_pAction )->trigger();
+		EXPECT_EQ( m_pWindow->GetViewData().*row.m_pFlag, !bBefore ) << row.m_pAction;
+		Action( row.m_pAction )->trigger();
+		EXPECT_EQ( m_pWindow->GetViewData().*row.m_pFlag, bBefore ) << row.m_pAction;
+	}
+}
+
+TEST_F( WindowTest, EverySlotCanBeInvokedByItsName )
+{
+	MakeWindow();
+	for ( const char *pSlot : { "OnFPSLabels", "OnShowBudgetAverages", "OnFPSThresholdsToggled", "OnFPSAveragesToggled",
+			  "OnClearSamples", "StartSampling", "StopSampling", "SendMiniProfilerUpdateFlags" } )
+		EXPECT_TRUE( QMetaObject::invokeMethod( m_pWindow.get(), pSlot ) ) << pSlot;
+	for ( const char *pSlot : { "TickSampling", "ShowMiniProfiler" } )
+		EXPECT_TRUE( QMetaObject::invokeMethod( m_pWindow.get(), pSlot, Q_ARG( bool, true ) ) ) << pSlot;
+	EXPECT_STREQ( m_pWindow->metaObject()->className(), "CQBudgetWidget" );
+}
+
+TEST_F( WindowTest, EmptyPanelsSayThatThereIsNothingYet )
+{
+	MakeWindow();
+	for ( const char *pTitle : { "MiniProfiler History", "Kesto Player" } )
+	{
+		const auto *pLabel = Dock( pTitle )->widget()->findChild<QLabel *>();
+		ASSERT_NE( pLabel, nullptr );
+		EXPECT_TRUE( pLabel->text().contains( " yet." ) );
+		EXPECT_EQ( pLabel->alignment(), Qt::AlignCenter );
+	}
+}
