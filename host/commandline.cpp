@@ -1,0 +1,204 @@
+#include "commandline.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+namespace
+{
+constexpr double MAX_AFTER = 86400.0;
+const QString g_ShowBudget = QStringLiteral( "Show Budget" );
+
+const char *const g_pUsage =
+	R"(Usage: tessel [options]
+
+Tessel, a developer console: connects to running engine processes and shows what
+they send.
+
+Connections
+  --connect ADDRESS    Connect to host[:port] (may be given several times). The
+                       default port is 27190.
+  --demo               Start the demo engine, connect to it and open Show Budget.
+  --open TITLE         Open a sub-tool, such as "Show Budget", as soon as the
+                       first connection is up (may be given several times).
+
+Look and settings
+  --style NAME         dark, light or system.
+  --settings FILE      Keep the settings in FILE and not in the user's
+                       configuration folder.
+  --plugin FILE        Load a sub-tool module besides those in the folder
+                       "subtools" beside the program (may be given several times).
+
+Pictures
+  --screenshot FILE    Write a picture (.png) of a window to FILE and end.
+  --after SECONDS      When, counted from when the connection is up (default 3).
+  --what WINDOW        Of which window: budget (default) or console.
+
+  -h, --help           Print this text and end.
+  -v, --version        Print the version and end.
+)";
+
+class CReader
+{
+public:
+	CReader()
+	{
+		m_Parser.setSingleDashWordOptionMode( QCommandLineParser::ParseAsLongOptions );
+		m_Parser.addOptions( {
+			{ { "h", "help" }, QString() },
+			{ { "v", "version" }, QString() },
+			{ "demo", QString() },
+			{ "connect", QString(), "ADDRESS" },
+			{ "open", QString(), "TITLE" },
+			{ "style", QString(), "NAME" },
+			{ "settings", QString(), "FILE" },
+			{ "plugin", QString(), "FILE" },
+			{ "screenshot", QString(), "FILE" },
+			{ "after", QString(), "SECONDS" },
+			{ "what", QString(), "WINDOW" },
+		} );
+	}
+
+	CommandLineResult Read( const QStringList &arguments )
+	{
+		if ( !m_Parser.parse( arguments ) )
+			return Wrong( m_Parser.errorText() );
+		if ( m_Parser.isSet( "help" ) )
+			return { CommandLineResult::Kind::Print, QString::fromUtf8( g_pUsage ), {} };
+		if ( m_Parser.isSet( "version" ) )
+			return { CommandLineResult::Kind::Print, QStringLiteral( "tessel %1\n" ).arg( TESSEL_VERSION ), {} };
+		if ( !m_Parser.positionalArguments().isEmpty() )
+			Fail( QStringLiteral( "unexpected argument \"%1\"" ).arg( m_Parser.positionalArguments().first() ) );
+		ReadConnections();
+		ReadFiles();
+		ReadStyle();
+		ReadScreenshot();
+		return m_Error.isEmpty() ? CommandLineResult{ CommandLineResult::Kind::Run, QString(), m_Options }
+								 : Wrong( m_Error );
+	}
+
+private:
+	static CommandLineResult Wrong( QString text )
+	{
+		while ( text.endsWith( '.' ) )
+			text.chop( 1 );
+		text.replace( '\n', ' ' );
+		return { CommandLineResult::Kind::Wrong,
+			QStringLiteral( "tessel: %1 (tessel --help tells what there is)" ).arg( text ), {} };
+	}
+
+	// The first failure is the one that is told.
+	void Fail( const QString &text )
+	{
+		if ( m_Error.isEmpty() )
+			m_Error = text;
+	}
+
+	QStringList Values( const QString &option )
+	{
+		const QStringList values = m_Parser.values( option );
+		if ( values.contains( QString() ) )
+			Fail( QStringLiteral( "--%1 is given an empty value" ).arg( option ) );
+		return values;
+	}
+
+	QString Value( const QString &option )
+	{
+		const QStringList values = Values( option );
+		if ( values.size() > 1 )
+			Fail( QStringLiteral( "--%1 is given more than once" ).arg( option ) );
+		return values.isEmpty() ? QString() : values.last();
+	}
+
+	void ReadConnections()
+	{
+		m_Options.m_bDemo = m_Parser.isSet( "demo" );
+		m_Options.m_Open = Values( "open" );
+		for ( const QString &text : Values( "connect" ) )
+		{
+			QString error;
+			if ( const std::optional<TargetAddress> address = ParseTargetAddress( text, error ) )
+				m_Options.m_Connect.push_back( *address );
+			else
+				Fail( QStringLiteral( "--connect: %1" ).arg( error ) );
+		}
+	}
+
+	void ReadFiles()
+	{
+		m_Options.m_SettingsFile = Value( "settings" );
+		m_Options.m_Plugins = Values( "plugin" );
+		if ( QFileInfo( m_Options.m_SettingsFile ).isDir() )
+			Fail( QStringLiteral( "--settings: %1 is a folder" ).arg( m_Options.m_SettingsFile ) );
+	}
+
+	void ReadStyle()
+	{
+		const QString name = Value( "style" );
+		if ( name.isEmpty() )
+			return;
+		m_Options.m_Style = ParseStyleName( name );
+		if ( !m_Options.m_Style )
+			Fail( QStringLiteral( "--style: \"%1\" is none of dark, light, system" ).arg( name ) );
+	}
+
+	void ReadScreenshot()
+	{
+		m_Options.m_ScreenshotFile = Value( "screenshot" );
+		const QString after = Value( "after" );
+		const QString what = Value( "what" );
+		if ( m_Options.m_ScreenshotFile.isEmpty() )
+		{
+			if ( !after.isEmpty() || !what.isEmpty() )
+				Fail( QStringLiteral( "--after and --what need --screenshot" ) );
+			return;
+		}
+		ReadAfter( after );
+		if ( what == QLatin1String( "console" ) )
+			m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
+		else if ( !what.isEmpty() && what != QLatin1String( "budget" ) )
+			Fail( QStringLiteral( "--what: \"%1\" is none of budget, console" ).arg( what ) );
+		CheckScreenshotFile();
+		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Budget && !m_Options.m_bDemo &&
+			 m_Options.m_Connect.empty() )
+			Fail( QStringLiteral( "--screenshot of the budget window needs --connect or --demo" ) );
+	}
+
+	void ReadAfter( const QString &text )
+	{
+		if ( text.isEmpty() )
+			return;
+		bool bNumber = false;
+		m_Options.m_flScreenshotAfter = text.toDouble( &bNumber );
+		if ( !bNumber || !( m_Options.m_flScreenshotAfter >= 0.0 && m_Options.m_flScreenshotAfter <= MAX_AFTER ) )
+			Fail(
+				QStringLiteral( "--after: \"%1\" is no number of seconds from 0 to %2" ).arg( text ).arg( MAX_AFTER ) );
+	}
+
+	void CheckScreenshotFile()
+	{
+		const QFileInfo file( m_Options.m_ScreenshotFile );
+		if ( file.suffix().compare( QLatin1String( "png" ), Qt::CaseInsensitive ) != 0 )
+			Fail( QStringLiteral( "--screenshot: %1 does not end in .png" ).arg( m_Options.m_ScreenshotFile ) );
+		else if ( !QFileInfo( file.absolutePath() ).isDir() )
+			Fail( QStringLiteral( "--screenshot: there is no folder %1" ).arg( file.absolutePath() ) );
+	}
+
+	QCommandLineParser m_Parser;
+	CommandLineOptions m_Options;
+	QString m_Error;
+};
+} // namespace
+
+QStringList CommandLineOptions::SubToolsToOpen() const
+{
+	QStringList titles = m_Open;
+	const bool bPicture = !m_ScreenshotFile.isEmpty() && m_ScreenshotSubject == ScreenshotSubject::Budget;
+	if ( ( m_bDemo || bPicture ) && !titles.contains( g_ShowBudget, Qt::CaseInsensitive ) )
+		titles += g_ShowBudget;
+	return titles;
+}
+
+CommandLineResult ParseCommandLine( const QStringList &arguments )
+{
+	return CReader().Read( arguments );
+}

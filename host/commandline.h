@@ -1,0 +1,49 @@
+// What the user asked for when starting the program.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+#include "style.h"
+#include "targetaddress.h"
+
+enum class ScreenshotSubject
+{
+	Budget,
+	Console
+};
+
+struct CommandLineOptions
+{
+	std::vector<TargetAddress> m_Connect;
+	QStringList m_Open; // titles of sub-tools
+	bool m_bDemo = false;
+	QString m_ScreenshotFile;         // empty: none is wanted
+	double m_flScreenshotAfter = 3.0; // seconds from when the connection is up
+	ScreenshotSubject m_ScreenshotSubject = ScreenshotSubject::Budget;
+	QString m_SettingsFile; // empty: the one in the user's configuration folder
+	QStringList m_Plugins;
+	std::optional<StyleChoice> m_Style;
+
+	// The sub-tools to open once the first connection is up, those that --demo and --screenshot imply included.
+	QStringList SubToolsToOpen() const;
+};
+
+struct CommandLineResult
+{
+	enum class Kind
+	{
+		Run,   // m_Options
+		Print, // m_Text goes to the output, status 0
+		Wrong  // m_Text (one line) goes to the error output, status 2
+	};
+	Kind m_Kind = Kind::Run;
+	QString m_Text;
+	CommandLineOptions m_Options;
+};
+
+// arguments[0] is the program. Needs no application object.
+CommandLineResult ParseCommandLine( const QStringList &arguments );

@@ -1,0 +1,123 @@
+#include "hostsettings.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include "keel0/logging.h"
+#include "targetaddress.h"
+
+namespace
+{
+constexpr const char *ROOT_NAME = "Tessel";
+constexpr const char *STYLE_KEY = "style";
+constexpr const char *RECENT_KEY = "recent_addresses";
+constexpr const char *WINDOW_KEY = "main_window";
+constexpr const char *SUB_TOOLS_KEY = "sub_tools";
+
+const KeyValues *FindTree( const KeyValues &root, const char *pKey )
+{
+	const KeyValues *pTree = root.FindKey( pKey );
+	return pTree && pTree->IsSubTree() ? pTree : nullptr;
+}
+} // namespace
+
+QString CHostSettings::DefaultPath()
+{
+	return QStandardPaths::writableLocation( QStandardPaths::AppConfigLocation ) + "/tessel.settings";
+}
+
+CHostSettings::CHostSettings( const QString &path )
+	: m_Path( path )
+	, m_Root( ROOT_NAME )
+{
+	KeyValues::ParseError error;
+	std::string keptAs;
+	const std::string file = QFile::encodeName( path ).toStdString();
+	if ( m_Root.LoadSettingsFile( file.c_str(), &error, &keptAs ) == KeyValues::LoadResult::Unreadable )
+		m_bMaySave = !keptAs.empty();
+}
+
+bool CHostSettings::Save()
+{
+	if ( !m_bMaySave )
+	{
+		Warning( "The settings are not saved: %s could neither be read nor moved aside\n", qUtf8Printable( m_Path ) );
+		return false;
+	}
+	QDir().mkpath( QFileInfo( m_Path ).absolutePath() );
+	KeyValues::ParseError error;
+	const std::string file = QFile::encodeName( m_Path ).toStdString();
+	if ( m_Root.SaveToFile( file.c_str(), &error ) )
+		return true;
+	Warning( "The settings are not saved: %s\n", error.m_Message.c_str() );
+	return false;
+}
+
+StyleChoice CHostSettings::Style() const
+{
+	return ParseStyleName( QString::fromUtf8( m_Root.GetString( STYLE_KEY ) ) ).value_or( StyleChoice::System );
+}
+
+void CHostSettings::SetStyle( StyleChoice choice )
+{
+	m_Root.SetString( STYLE_KEY, StyleName( choice ) );
+}
+
+QStringList CHostSettings::RecentAddresses() const
+{
+	QStringList addresses;
+	const KeyValues *pRecent = FindTree( m_Root, RECENT_KEY );
+	for ( int i = 0; pRecent && i < pRecent->GetCount(); i++ )
+	{
+		QString error;
+		const QString text = QString::fromUtf8( pRecent->GetEntry( i )->GetValue() );
+		if ( const std::optional<TargetAddress> address = ParseTargetAddress( text, error ) )
+			addresses += address->ToString();
+	}
+	addresses.removeDuplicates();
+	return addresses;
+}
+
+void CHostSettings::SetRecentAddresses( const QStringList &addresses )
+{
+	auto *pRecent = new KeyValues( RECENT_KEY );
+	for ( int i = 0; i < addresses.size(); i++ )
+		pRecent->SetString( std::to_string( i ).c_str(), addresses[i].toUtf8().constData() );
+	m_Root.AddSubTree( pRecent );
+}
+
+QByteArray CHostSettings::ReadWindowKey( const char *pKey ) const
+{
+	const KeyValues *pWindow = FindTree( m_Root, WINDOW_KEY );
+	if ( !pWindow )
+		return {};
+	const auto result =
+		QByteArray::fromBase64Encoding( pWindow->GetString( pKey ), QByteArray::AbortOnBase64DecodingErrors );
+	return result ? *result : QByteArray();
+}
+
+QByteArray CHostSettings::WindowGeometry() const
+{
+	return ReadWindowKey( "geometry" );
+}
+
+QByteArray CHostSettings::WindowState() const
+{
+	return ReadWindowKey( "state" );
+}
+
+void CHostSettings::SetWindow( const QByteArray &geometry, const QByteArray &state )
+{
+	auto *pWindow = new KeyValues( WINDOW_KEY );
+	pWindow->SetString( "geometry", geometry.toBase64().constData() );
+	pWindow->SetString( "state", state.toBase64().constData() );
+	m_Root.AddSubTree( pWindow );
+}
+
+KeyValues &CHostSettings::SubTools()
+{
+	if ( !FindTree( m_Root, SUB_TOOLS_KEY ) )
+		return *m_Root.AddSubTree( new KeyValues( SUB_TOOLS_KEY ) );
+	return *m_Root.FindKey( SUB_TOOLS_KEY );
+}

@@ -1,0 +1,81 @@
+// Tessel: connects to running engine processes and shows what they send.
+#include <QApplication>
+
+#include <cstdio>
+
+#include "commandline.h"
+#include "signalwatcher.h"
+#include "tesselhost.h"
+
+namespace
+{
+constexpr int STATUS_FAILED = 1;
+constexpr int STATUS_WRONG_ARGUMENTS = 2;
+
+QStringList ToStringList( int nArguments, char **ppArguments )
+{
+	QStringList arguments;
+	for ( int i = 0; i < nArguments; i++ )
+		arguments += QString::fromLocal8Bit( ppArguments[i] );
+	return arguments;
+}
+
+// A picture needs no display; a console does, and says so itself where the toolkit would abort.
+bool ChoosePlatform( const CommandLineOptions &options )
+{
+	const bool bDisplay = !qEnvironmentVariableIsEmpty( "DISPLAY" ) ||
+						  !qEnvironmentVariableIsEmpty( "WAYLAND_DISPLAY" ) ||
+						  !qEnvironmentVariableIsEmpty( "QT_QPA_PLATFORM" );
+	if ( !bDisplay && !options.m_ScreenshotFile.isEmpty() )
+		qputenv( "QT_QPA_PLATFORM", "offscreen" );
+	return bDisplay || !options.m_ScreenshotFile.isEmpty();
+}
+
+int Run( const CommandLineOptions &options )
+{
+	CSignalWatcher signalWatcher;
+	CTesselHost host( options );
+	QObject::connect( &host, &CTesselHost::Finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection );
+	QObject::connect( &signalWatcher, &CSignalWatcher::Stopped, qApp, []() { QCoreApplication::exit( 0 ); } );
+	QString error;
+	if ( !host.Start( error ) )
+	{
+		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( error ) );
+		return STATUS_WRONG_ARGUMENTS;
+	}
+	const int nStatus = QApplication::exec();
+	host.ShutDown();
+	return nStatus;
+}
+} // namespace
+
+int main( int nArguments, char **ppArguments )
+{
+	const CommandLineResult commandLine = ParseCommandLine( ToStringList( nArguments, ppArguments ) );
+	if ( commandLine.m_Kind == CommandLineResult::Kind::Print )
+	{
+		std::fputs( qUtf8Printable( commandLine.m_Text ), stdout );
+		return 0;
+	}
+	if ( commandLine.m_Kind == CommandLineResult::Kind::Wrong )
+	{
+		std::fprintf( stderr, "%s\n", qUtf8Printable( commandLine.m_Text ) );
+		return STATUS_WRONG_ARGUMENTS;
+	}
+	if ( !ChoosePlatform( commandLine.m_Options ) )
+	{
+		std::fputs( "tessel: there is no display (DISPLAY and WAYLAND_DISPLAY are not set)\n", stderr );
+		return STATUS_FAILED;
+	}
+	QCoreApplication::setAttribute( Qt::AA_EnableHighDpiScaling );
+	QCoreApplication::setAttribute( Qt::AA_UseHighDpiPixmaps );
+	QGuiApplication::setHighDpiScaleFactorRoundingPolicy( Qt::HighDpiScaleFactorRoundingPolicy::PassThrough );
+	// The toolkit would take options such as --style for its own: it gets the program's name alone.
+	int nProgramOnly = 1;
+	QApplication application( nProgramOnly, ppArguments );
+	QCoreApplication::setApplicationName( QStringLiteral( "tessel" ) );
+	QCoreApplication::setApplicationVersion( QStringLiteral( TESSEL_VERSION ) );
+	QApplication::setQuitOnLastWindowClosed( false );
+	RegisterImages();
+	return Run( commandLine.m_Options );
+}

@@ -1,0 +1,252 @@
+#include "tesselhost.h"
+
+#include <QApplication>
+#include <QDir>
+
+#include <cstdio>
+#include <cstring>
+
+#include "connectionspanel.h"
+#include "consolepanel.h"
+#include "demoprocess.h"
+#include "keel0/logging.h"
+#include "keel0/memalloc.h"
+#include "targetconnection.h"
+
+CTesselHost::CTesselHost( const CommandLineOptions &options )
+	: m_Options( options )
+	, m_SubToolsToOpen( options.SubToolsToOpen() )
+	, m_pLog( std::make_unique<CConsoleLog>( m_ConsoleModel ) )
+	, m_Settings( options.m_SettingsFile.isEmpty() ? CHostSettings::DefaultPath() : options.m_SettingsFile )
+	, m_pConnections( std::make_unique<CConnectionList>() )
+{
+	const StyleChoice style = options.m_Style.value_or( m_Settings.Style() );
+	ApplyStyle( style );
+	m_pSubTools = std::make_unique<CSubTools>(
+		*this, [this]( const QString &line ) { Report( LoggingSeverity::Error, QString(), line ); } );
+	m_pWindow = std::make_unique<CQMainWindow>( *m_pConnections, m_ConsoleModel );
+	m_pWindow->SetStyleChoice( style );
+	ConnectSignals();
+	ConnectConsole();
+}
+
+CTesselHost::~CTesselHost()
+{
+	ShutDown();
+}
+
+void CTesselHost::ConnectSignals()
+{
+	connect( m_pWindow.get(), &CQMainWindow::OpenRequested, this, &CTesselHost::OnOpenRequested );
+	connect( m_pWindow.get(), &CQMainWindow::StyleChosen, this, &CTesselHost::OnStyleChosen );
+	connect( m_pWindow.get(), &CQMainWindow::CloseRequested, this, [this]() { emit Finished( 0 ); } );
+	connect( &m_pWindow->Connections(), &CQConnectionsPanel::ConnectRequested, this, &CTesselHost::OnConnectRequested );
+	connect( m_pConnections.get(), &CConnectionList::LinkChanged, this, &CTesselHost::OnLinkChanged );
+	connect( m_pConnections.get(), &CConnectionList::Ending, this,
+		[this]( CTargetConnection *pConnection ) { m_pSubTools->ConnectionEnded( pConnection ); } );
+}
+
+void CTesselHost::ConnectConsole()
+{
+	connect( &m_pWindow->Console(), &CQConsolePanel::CommandEntered, this, &CTesselHost::OnCommandEntered );
+	connect( m_pConnections.get(), &CConnectionList::Printed, this,
+		[this]( CTargetConnection *pConnection, LoggingSeverity severity, const QString &text )
+		{ m_pLog->Add( severity, pConnection->Name(), text ); } );
+	connect( m_pConnections.get(), &CConnectionList::Reported, this,
+		[this]( CTargetConnection *pConnection, LoggingSeverity severity, const QString &text )
+		{ Report( severity, QString(), QStringLiteral( "%1: %2" ).arg( pConnection->Address().ToString(), text ) ); } );
+}
+
+QString CTesselHost::PluginFolder()
+{
+	return QDir( QCoreApplication::applicationDirPath() ).filePath( QStringLiteral( "subtools" ) );
+}
+
+bool CTesselHost::Start( QString &error )
+{
+	// A module that was asked for by name comes before one of the folder that offers the same.
+	m_pSubTools->Load( m_Options.m_Plugins + CSubTools::FindPlugins( PluginFolder() ), m_Settings.SubTools() );
+	if ( !CheckSubToolsToOpen( error ) )
+		return false;
+	m_pWindow->SetSubTools( m_pSubTools->All() );
+	m_pWindow->ReadSettings( m_Settings );
+	m_pWindow->show();
+	if ( !m_Options.m_ScreenshotFile.isEmpty() )
+		StartScreenshot();
+	for ( const TargetAddress &address : m_Options.m_Connect )
+		OnConnectRequested( address );
+	if ( !m_Options.m_Connect.empty() )
+		m_pConnections->SetCurrent( m_pConnections->At( 0 ) );
+	if ( m_Options.m_bDemo )
+		StartDemo();
+	return true;
+}
+
+bool CTesselHost::CheckSubToolsToOpen( QString &error ) const
+{
+	for ( const QString &title : m_SubToolsToOpen )
+	{
+		if ( m_pSubTools->Find( title ) )
+			continue;
+		QStringList titles;
+		for ( const SubTool *pTool : m_pSubTools->All() )
+			titles += QStringLiteral( "\"%1\"" ).arg( pTool->m_Known.m_pTitle );
+		error = tr( "there is no sub-tool \"%1\" (loaded: %2)" )
+					.arg( title, titles.isEmpty() ? tr( "none" ) : titles.join( QStringLiteral( ", " ) ) );
+		return false;
+	}
+	return true;
+}
+
+void CTesselHost::StartDemo()
+{
+	m_pDemo = std::make_unique<CDemoProcess>( CDemoProcess::DefaultProgram() );
+	connect( m_pDemo.get(), &CDemoProcess::Listening, this,
+		[this]( const TargetAddress &address ) { m_pConnections->Add( address ); } );
+	connect( m_pDemo.get(), &CDemoProcess::Printed, this,
+		[this]( LoggingSeverity severity, const QString &line )
+		{ m_pLog->Add( severity, tr( "demo engine" ), line ); } );
+	connect( m_pDemo.get(), &CDemoProcess::Failed, this,
+		[this]( const QString &reason )
+		{
+			Report( LoggingSeverity::Error, QString(), tr( "demo engine: %1" ).arg( reason ) );
+			if ( m_pScreenshot && !m_pScreenshot->HasBegun() )
+				emit Finished( 1 );
+		} );
+	m_pDemo->Start();
+}
+
+void CTesselHost::StartScreenshot()
+{
+	const auto findWindow = [this]() -> QWidget *
+	{
+		m_pLog->Flush();
+		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Console )
+			return m_pWindow.get();
+		for ( QWidget *pWidget : QApplication::topLevelWidgets() )
+			if ( pWidget->isVisible() && pWidget->windowTitle().startsWith( QLatin1String( "Show Budget" ) ) )
+				return pWidget;
+		return nullptr;
+	};
+	m_pScreenshot =
+		std::make_unique<CScreenshot>( m_Options.m_ScreenshotFile, m_Options.m_flScreenshotAfter, findWindow );
+	connect( m_pScreenshot.get(), &CScreenshot::Written, this, [this]() { emit Finished( 0 ); } );
+	connect( m_pScreenshot.get(), &CScreenshot::Failed, this,
+		[this]( const QString &reason )
+		{
+			Report( LoggingSeverity::Error, QString(), reason );
+			emit Finished( 1 );
+		} );
+	if ( m_Options.m_Connect.empty() && !m_Options.m_bDemo )
+		m_pScreenshot->Begin();
+	else
+		m_pScreenshot->Wait();
+}
+
+// Whoever waits for a picture watches the error output and not the console.
+void CTesselHost::Report( LoggingSeverity severity, const QString &source, const QString &text )
+{
+	m_pLog->Add( severity, source, text );
+	if ( !m_Options.m_ScreenshotFile.isEmpty() && severity != LoggingSeverity::Message )
+		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( text ) );
+}
+
+void CTesselHost::OnOpenRequested( const SubTool *pTool )
+{
+	if ( !pTool->m_pTool->Open() )
+		Report( LoggingSeverity::Warning, QString(),
+			tr( "%1 needs a connection: connect to an engine first" ).arg( pTool->m_Known.m_pTitle ) );
+}
+
+void CTesselHost::OnStyleChosen( StyleChoice choice )
+{
+	m_Settings.SetStyle( choice );
+	ApplyStyle( choice );
+}
+
+void CTesselHost::OnLinkChanged( CTargetConnection *pConnection )
+{
+	m_pSubTools->ConnectionStateChanged( pConnection );
+	if ( !pConnection->IsConnected() )
+		return;
+	OpenWanted();
+	if ( m_pScreenshot )
+		m_pScreenshot->Begin();
+}
+
+void CTesselHost::OpenWanted()
+{
+	for ( const QString &title : std::exchange( m_SubToolsToOpen, {} ) )
+		if ( const SubTool *pTool = m_pSubTools->Find( title ) )
+			OnOpenRequested( pTool );
+}
+
+void CTesselHost::OnConnectRequested( const TargetAddress &address )
+{
+	m_pWindow->Connections().AddRecentAddress( address );
+	m_pConnections->Add( address );
+}
+
+void CTesselHost::OnCommandEntered( const QString &command )
+{
+	CTargetConnection *pConnection = m_pConnections->Current();
+	const QByteArray bytes = command.toUtf8();
+	m_pLog->Add( LoggingSeverity::Message, QString(), QStringLiteral( "> " ) + command );
+	if ( !pConnection || !pConnection->IsConnected() )
+	{
+		Report( LoggingSeverity::Error, QString(), tr( "the command is not sent: no engine is connected" ) );
+		return;
+	}
+	if ( static_cast<size_t>( bytes.size() ) > wire::MAX_COMMAND_TEXT )
+	{
+		Report( LoggingSeverity::Error, QString(),
+			tr( "the command is not sent: it is %1 bytes long, the limit is %2" )
+				.arg( bytes.size() )
+				.arg( wire::MAX_COMMAND_TEXT ) );
+		return;
+	}
+	const auto nLength = static_cast<uint32_t>( bytes.size() );
+	auto *pBuffer = static_cast<uint8_t *>( g_pMemAlloc->Alloc( nLength ) );
+	std::memcpy( pBuffer, bytes.constData(), nLength );
+	if ( !pConnection->SendChunk( wire::CHUNK_COMMAND, wire::CHUNK_VERSION, nLength, pBuffer ) )
+		Report( LoggingSeverity::Error, QString(), tr( "the command is not sent: the engine does not read" ) );
+}
+
+ITesselConnection *CTesselHost::GetCurrentConnection()
+{
+	return m_pConnections->Current();
+}
+
+bool CTesselHost::IsDarkStyle() const
+{
+	return IsDarkStyleActive();
+}
+
+float CTesselHost::GetUIScale() const
+{
+	return ScreenUIScale();
+}
+
+// What sub-tools show is saved while it is there; then their connections end, which deletes their windows while engines
+// can still be told to stop; only then do they shut down.
+void CTesselHost::ShutDown()
+{
+	if ( std::exchange( m_bShutDown, true ) )
+		return;
+	m_pScreenshot.reset();
+	m_pWindow->WriteSettings( m_Settings );
+	m_pSubTools->SaveSettings( m_Settings.SubTools() );
+	m_Settings.Save();
+	m_pConnections->RemoveAll();
+	m_pSubTools->ShutDown();
+	m_pDemo.reset();
+}
+
+void RegisterImages()
+{
+	Q_INIT_RESOURCE( images );
+	// Where only text is larger (and not every pixel), pictures have to grow by themselves.
+	const bool bLarge = ScreenUIScale() > 1.5f;
+	QDir::addSearchPath(
+		QStringLiteral( "game" ), bLarge ? QStringLiteral( ":/game_large" ) : QStringLiteral( ":/game" ) );
+}
