@@ -1,6 +1,7 @@
 // Runs a fuzz target over files and folders of inputs, for builds without libFuzzer.
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -15,6 +16,11 @@ int g_nReplayed = 0;
 void ReplayFile( const std::filesystem::path &path )
 {
 	std::ifstream file( path, std::ios::binary );
+	if ( !file )
+	{
+		std::fprintf( stderr, "%s cannot be read\n", path.c_str() );
+		std::exit( 1 );
+	}
 	const std::vector<char> bytes{ std::istreambuf_iterator<char>( file ), {} };
 	LLVMFuzzerTestOneInput( reinterpret_cast<const uint8_t *>( bytes.data() ), bytes.size() );
 	g_nReplayed++;
