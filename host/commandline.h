@@ -28,6 +28,10 @@ struct CommandLineOptions
 	QStringList m_Plugins;
 	std::optional<StyleChoice> m_Style;
 
+	// No options: where the program looks for its parts. Empty: beside itself.
+	QString m_PluginFolder;
+	QString m_DemoProgram;
+
 	// The sub-tools to open once the first connection is up, those that --demo and --screenshot imply included.
 	QStringList SubToolsToOpen() const;
 };

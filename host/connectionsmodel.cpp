@@ -3,7 +3,6 @@
 #include <QColor>
 #include <QGuiApplication>
 #include <QIcon>
-#include <QLocale>
 #include <QPainter>
 #include <QPixmap>
 
@@ -36,7 +35,18 @@ QIcon StateIcon( const QColor &colour )
 	painter.setPen( Qt::NoPen );
 	painter.setBrush( colour );
 	painter.drawEllipse( QRectF( 3.5, 3.5, 9, 9 ) );
-	return QIcon( pixmap );
+	// Without one of its own the selected row would tint the picture.
+	QIcon icon;
+	icon.addPixmap( pixmap, QIcon::Normal );
+	icon.addPixmap( pixmap, QIcon::Selected );
+	return icon;
+}
+QString DescribeRetry( const CTargetConnection &connection )
+{
+	const int nMilliseconds = connection.MillisecondsToRetry();
+	return nMilliseconds < 0
+			   ? QString()
+			   : CConnectionsModel::tr( " (next attempt in %1 s)" ).arg( nMilliseconds / 1000.0, 0, 'f', 1 );
 }
 } // namespace
 
@@ -85,7 +95,7 @@ QVariant CConnectionsModel::data( const QModelIndex &index, int nRole ) const
 		return StateIcon( StateColour( connection ) );
 	// Tool tips guess whether they are markup, and a name or a reason from outside must never be.
 	if ( nRole == Qt::ToolTipRole && index.column() <= StateColumn )
-		return DisplayText( connection, index.column() ).toString().toHtmlEscaped();
+		return ( DisplayText( connection, index.column() ).toString() + DescribeRetry( connection ) ).toHtmlEscaped();
 	return {};
 }
 
@@ -105,8 +115,7 @@ QVariant CConnectionsModel::DisplayText( const CTargetConnection &connection, in
 		case BytesColumn:
 			return bConnected ? FormatByteRate( connection.Traffic().BytesPerSecond() ) : QString();
 		default:
-			return bConnected ? QLocale::c().toString( static_cast<qulonglong>( connection.DroppedFrames() ) )
-							  : QString();
+			return bConnected ? QString::number( connection.DroppedFrames() ) : QString();
 	}
 }
 

@@ -107,10 +107,9 @@ QWidget *CQConnectionsPanel::MakeButtons()
 
 void CQConnectionsPanel::SetRecentAddresses( const QStringList &addresses )
 {
-	const QString text = m_pAddressBox->currentText();
 	m_pAddressBox->clear();
 	m_pAddressBox->addItems( addresses.mid( 0, MAX_RECENT ) );
-	m_pAddressBox->setEditText( text );
+	m_pAddressBox->setEditText( addresses.isEmpty() ? TargetAddress().ToString() : addresses.first() );
 }
 
 QStringList CQConnectionsPanel::RecentAddresses() const

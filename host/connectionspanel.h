@@ -23,7 +23,8 @@ public:
 	// list must outlive the panel.
 	explicit CQConnectionsPanel( CConnectionList &list, QWidget *pParent = nullptr );
 
-	// The addresses of the drop-down list, the newest first; at most MAX_RECENT are kept.
+	// The addresses of the drop-down list, the newest first; at most MAX_RECENT are kept. The newest one then stands in
+	// the address bar.
 	void SetRecentAddresses( const QStringList &addresses );
 	QStringList RecentAddresses() const;
 	void AddRecentAddress( const TargetAddress &address );

@@ -31,20 +31,45 @@ bool ChoosePlatform( const CommandLineOptions &options )
 	return bDisplay || !options.m_ScreenshotFile.isEmpty();
 }
 
+CConsoleLog *g_pLog = nullptr;
+
+// What the toolkit complains about goes to the console like everything else.
+void OnQtMessage( QtMsgType type, const QMessageLogContext &, const QString &text )
+{
+	if ( type == QtFatalMsg )
+		std::fprintf( stderr, "tessel: Qt: %s\n", qUtf8Printable( text ) ); // the process ends with this call
+	const bool bWarning = type != QtDebugMsg && type != QtInfoMsg;
+	g_pLog->Add( bWarning ? LoggingSeverity::Warning : LoggingSeverity::Message, QStringLiteral( "Qt" ), text );
+}
+
+// Where no desktop chooses a font the toolkit's own choice is a large one.
+void SetDefaultFont()
+{
+	if ( QGuiApplication::platformName() != QLatin1String( "offscreen" ) )
+		return;
+	QFont font = QApplication::font();
+	font.setPointSize( 9 );
+	QApplication::setFont( font );
+}
+
 int Run( const CommandLineOptions &options )
 {
 	CSignalWatcher signalWatcher;
 	CTesselHost host( options );
+	g_pLog = &host.Log();
+	qInstallMessageHandler( OnQtMessage );
 	QObject::connect( &host, &CTesselHost::Finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection );
 	QObject::connect( &signalWatcher, &CSignalWatcher::Stopped, qApp, []() { QCoreApplication::exit( 0 ); } );
 	QString error;
 	if ( !host.Start( error ) )
 	{
 		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( error ) );
+		qInstallMessageHandler( nullptr );
 		return STATUS_WRONG_ARGUMENTS;
 	}
 	const int nStatus = QApplication::exec();
 	host.ShutDown();
+	qInstallMessageHandler( nullptr );
 	return nStatus;
 }
 } // namespace
@@ -76,6 +101,7 @@ int main( int nArguments, char **ppArguments )
 	QCoreApplication::setApplicationName( QStringLiteral( "tessel" ) );
 	QCoreApplication::setApplicationVersion( QStringLiteral( TESSEL_VERSION ) );
 	QApplication::setQuitOnLastWindowClosed( false );
+	SetDefaultFont();
 	RegisterImages();
 	return Run( commandLine.m_Options );
 }

@@ -63,6 +63,9 @@ public:
 	// Why there is no link, one line; empty while connected or when nothing went wrong.
 	const QString &Problem() const { return m_Problem; }
 
+	// Until the next attempt; -1 when none is planned.
+	int MillisecondsToRetry() const { return m_RetryTimer.remainingTime(); }
+
 	// What the engine reported of itself, this session. Process id 0 when not greeted.
 	uint32_t ProcessId() const { return m_nProcessId; }
 	uint64_t DroppedFrames() const { return m_nDroppedFrames; }

@@ -57,8 +57,10 @@ void CTesselHost::ConnectConsole()
 		{ Report( severity, QString(), QStringLiteral( "%1: %2" ).arg( pConnection->Address().ToString(), text ) ); } );
 }
 
-QString CTesselHost::PluginFolder()
+QString CTesselHost::PluginFolder() const
 {
+	if ( !m_Options.m_PluginFolder.isEmpty() )
+		return m_Options.m_PluginFolder;
 	return QDir( QCoreApplication::applicationDirPath() ).filePath( QStringLiteral( "subtools" ) );
 }
 
@@ -68,6 +70,7 @@ bool CTesselHost::Start( QString &error )
 	m_pSubTools->Load( m_Options.m_Plugins + CSubTools::FindPlugins( PluginFolder() ), m_Settings.SubTools() );
 	if ( !CheckSubToolsToOpen( error ) )
 		return false;
+	m_bStarted = true;
 	m_pWindow->SetSubTools( m_pSubTools->All() );
 	m_pWindow->ReadSettings( m_Settings );
 	m_pWindow->show();
@@ -100,7 +103,8 @@ bool CTesselHost::CheckSubToolsToOpen( QString &error ) const
 
 void CTesselHost::StartDemo()
 {
-	m_pDemo = std::make_unique<CDemoProcess>( CDemoProcess::DefaultProgram() );
+	m_pDemo = std::make_unique<CDemoProcess>(
+		m_Options.m_DemoProgram.isEmpty() ? CDemoProcess::DefaultProgram() : m_Options.m_DemoProgram );
 	connect( m_pDemo.get(), &CDemoProcess::Listening, this,
 		[this]( const TargetAddress &address ) { m_pConnections->Add( address ); } );
 	connect( m_pDemo.get(), &CDemoProcess::Printed, this,
@@ -169,13 +173,16 @@ void CTesselHost::OnLinkChanged( CTargetConnection *pConnection )
 	m_pSubTools->ConnectionStateChanged( pConnection );
 	if ( !pConnection->IsConnected() )
 		return;
-	OpenWanted();
+	OpenWanted( pConnection );
 	if ( m_pScreenshot )
 		m_pScreenshot->Begin();
 }
 
-void CTesselHost::OpenWanted()
+// Sub-tools open for the current connection: that had better be one with an engine at its other end.
+void CTesselHost::OpenWanted( CTargetConnection *pConnection )
 {
+	if ( !m_SubToolsToOpen.isEmpty() && !m_pConnections->Current()->IsConnected() )
+		m_pConnections->SetCurrent( pConnection );
 	for ( const QString &title : std::exchange( m_SubToolsToOpen, {} ) )
 		if ( const SubTool *pTool = m_pSubTools->Find( title ) )
 			OnOpenRequested( pTool );
@@ -234,9 +241,12 @@ void CTesselHost::ShutDown()
 	if ( std::exchange( m_bShutDown, true ) )
 		return;
 	m_pScreenshot.reset();
-	m_pWindow->WriteSettings( m_Settings );
-	m_pSubTools->SaveSettings( m_Settings.SubTools() );
-	m_Settings.Save();
+	if ( m_bStarted )
+	{
+		m_pWindow->WriteSettings( m_Settings );
+		m_pSubTools->SaveSettings( m_Settings.SubTools() );
+		m_Settings.Save();
+	}
 	m_pConnections->RemoveAll();
 	m_pSubTools->ShutDown();
 	m_pDemo.reset();

@@ -33,7 +33,8 @@ public:
 	// when it asks for a sub-tool that there is not.
 	bool Start( QString &error );
 
-	// Saves the settings, ends all connections and unloads the sub-tools. Nothing happens the second time.
+	// Saves the settings (when it was started), ends all connections and unloads the sub-tools. Nothing happens the
+	// second time.
 	void ShutDown();
 
 	// ITesselHost. The current connection is there whether it is connected or not.
@@ -47,9 +48,6 @@ public:
 	CSubTools &SubTools() { return *m_pSubTools; }
 	CQMainWindow &Window() { return *m_pWindow; }
 
-	// The folder with the modules that are always loaded.
-	static QString PluginFolder();
-
 signals:
 	// The program should end with that status.
 	void Finished( int nStatus );
@@ -57,8 +55,9 @@ signals:
 private:
 	void ConnectSignals();
 	void ConnectConsole();
+	QString PluginFolder() const;
 	bool CheckSubToolsToOpen( QString &error ) const;
-	void OpenWanted();
+	void OpenWanted( CTargetConnection *pConnection );
 	void StartDemo();
 	void StartScreenshot();
 	void Report( LoggingSeverity severity, const QString &source, const QString &text );
@@ -79,6 +78,7 @@ private:
 	std::unique_ptr<CQMainWindow> m_pWindow;
 	std::unique_ptr<CDemoProcess> m_pDemo;
 	std::unique_ptr<CScreenshot> m_pScreenshot;
+	bool m_bStarted = false;
 	bool m_bShutDown = false;
 };
 
