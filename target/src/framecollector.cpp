@@ -1,0 +1,218 @@
+#include "framecollector.h"
+
+#include <algorithm>
+
+#include "clock.h"
+#include "registry.h"
+#include "threads.h"
+
+namespace showbudget
+{
+using detail::CSiteCounters;
+
+namespace
+{
+// Calls the function for the index of every site that may have counters.
+template <typename Function>
+void ForEachSite( uint32_t nSites, Function function )
+{
+	for ( uint32_t i = SITE_NONE + 1; i < nSites; i++ )
+		function( i );
+	if ( AnySiteOverflowed() )
+		function( SITE_OVERFLOW );
+}
+
+// Ends and begins every open scope of the calling thread at one moment, so that no scope reaches over it.
+void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
+{
+	for ( CSiteCounters *p = detail::t_Thread.m_pCurrent; p != pOwn; )
+	{
+		CSiteCounters *pCaller = p->m_pCaller.load( std::memory_order_relaxed );
+		const uint64_t nTicks = nNow - p->m_nBegin;
+		p->m_nBegin = nNow;
+		detail::AddOwned( p->m_nTicks, nTicks );
+		detail::AddOwned( pCaller->m_nChildTicks, nTicks );
+		p = pCaller;
+	}
+}
+
+// What was counted since the last frame's end, which is now forgotten.
+FrameEntry TakeEntry( CSiteCounters *pThread, uint32_t nSite )
+{
+	CSiteCounters &counters = pThread[nSite];
+	const uint64_t nTicks = counters.m_nTicks.load( std::memory_order_relaxed );
+	const uint64_t nCalls = counters.m_nCalls.load( std::memory_order_relaxed );
+	FrameEntry entry{ nSite, SITE_NONE, nTicks - counters.m_nTicksBefore, nCalls - counters.m_nCallsBefore };
+	if ( entry.m_nTicks | entry.m_nCalls )
+	{
+		if ( const CSiteCounters *pCaller = counters.m_pCaller.load( std::memory_order_relaxed ) )
+			entry.m_nCaller = static_cast<uint32_t>( pCaller - pThread );
+		counters.m_nTicksBefore = nTicks;
+		counters.m_nCallsBefore = nCalls;
+	}
+	return entry;
+}
+
+uint64_t TakeChildTicks( CSiteCounters &counters )
+{
+	const uint64_t nTicks = counters.m_nChildTicks.load( std::memory_order_relaxed );
+	const uint64_t nTaken = nTicks - counters.m_nChildTicksBefore;
+	counters.m_nChildTicksBefore = nTicks;
+	return nTaken;
+}
+} // namespace
+
+bool CFrameCollector::EndFrame( Tick tick, uint32_t nWanted )
+{
+	CSiteCounters *pOwn = AttachThread();
+	if ( !pOwn )
+		return true;
+	const uint64_t nNow = ReadTicks();
+	SplitOpenScopes( pOwn, nNow );
+
+	FrameHeader header{};
+	header.m_nBegin = m_nFrameBegin;
+	header.m_nEnd = nNow;
+	header.m_nSites = SiteCount();
+	header.m_nBudgets = BudgetCount();
+	header.m_bEntries = ( nWanted & m_nWantedBefore & WANT_SCOPES ) != 0;
+
+	const bool bWhole = m_nWantedBefore != 0 && pOwn == m_pOwn;
+	m_nWantedBefore = nWanted;
+	m_nFrameBegin = nNow;
+	if ( !bWhole )
+	{
+		m_nFramesCounted = 0;
+		CountFrame( nNow );
+		StartOver( pOwn, header.m_nSites );
+		return true;
+	}
+	CountFrame( nNow );
+	header.m_bNewTick = tick == Tick::New || m_bTickLost;
+	uint8_t *pFrame = m_Queue.Reserve( FrameSize( header.m_nBudgets, header.m_nSites + 1 ) );
+	if ( !pFrame )
+	{
+		const bool bTickLost = header.m_bNewTick != 0;
+		StartOver( pOwn, header.m_nSites );
+		m_bTickLost = bTickLost;
+		return false;
+	}
+	m_bTickLost = false;
+	FillFrame( pFrame, header );
+	return true;
+}
+
+void CFrameCollector::FillFrame( uint8_t *pFrame, FrameHeader &header )
+{
+	const uint32_t nAveraged = static_cast<uint32_t>( std::min<uint64_t>( m_nFramesCounted - 1, AVERAGED_FRAMES - 1 ) );
+	header.m_nAverageFrames = nAveraged;
+	header.m_nAverageTicks = header.m_nEnd - m_FrameEnds[( m_nFramesCounted - 1 - nAveraged ) % AVERAGED_FRAMES];
+
+	auto *pBudgetTicks = reinterpret_cast<uint64_t *>( pFrame + sizeof( FrameHeader ) );
+	auto *pEntries = reinterpret_cast<FrameEntry *>( pBudgetTicks + header.m_nBudgets );
+	m_nEntryFrame++;
+	ReadOwnSites( header, pBudgetTicks, pEntries );
+	if ( header.m_bEntries )
+		ReadOtherThreads( header, pEntries );
+	else if ( m_nWantedBefore & WANT_SCOPES )
+		SkipOtherThreads( header.m_nSites );
+	header.m_nServiceTicks = ReadTicks() - header.m_nEnd;
+	*reinterpret_cast<FrameHeader *>( pFrame ) = header;
+	m_Queue.Commit( FrameSize( header.m_nBudgets, header.m_nEntries ) );
+}
+
+// A site's own time is its ticks less its children's; the time of no site is the frame less the children of none.
+void CFrameCollector::ReadOwnSites( FrameHeader &header, uint64_t *pBudgetTicks, FrameEntry *pEntries )
+{
+	std::fill_n( pBudgetTicks, header.m_nBudgets, 0 );
+	pBudgetTicks[BUDGET_OTHER] = header.m_nEnd - header.m_nBegin - TakeChildTicks( m_pOwn[SITE_NONE] );
+	ForEachSite( header.m_nSites,
+		[&]( uint32_t nSite )
+		{
+			const FrameEntry entry = TakeEntry( m_pOwn, nSite );
+			if ( !( entry.m_nTicks | entry.m_nCalls ) )
+				return;
+			const uint32_t nBudget = BudgetOf( nSite );
+			pBudgetTicks[nBudget < header.m_nBudgets ? nBudget : BUDGET_OTHER] +=
+				entry.m_nTicks - TakeChildTicks( m_pOwn[nSite] );
+			if ( !header.m_bEntries )
+				return;
+			m_EntryFrames[nSite] = m_nEntryFrame;
+			m_EntryIndices[nSite] = header.m_nEntries;
+			pEntries[header.m_nEntries++] = entry;
+		} );
+}
+
+void CFrameCollector::ReadOtherThreads( FrameHeader &header, FrameEntry *pEntries )
+{
+	for ( uint32_t nThread = 0; nThread < ThreadCount(); nThread++ )
+	{
+		CSiteCounters *pThread = GetCounters( nThread );
+		if ( pThread == m_pOwn )
+			continue;
+		ForEachSite( header.m_nSites,
+			[&]( uint32_t nSite )
+			{
+				const FrameEntry entry = TakeEntry( pThread, nSite );
+				if ( !( entry.m_nTicks | entry.m_nCalls ) )
+					return;
+				if ( m_EntryFrames[nSite] != m_nEntryFrame )
+				{
+					m_EntryFrames[nSite] = m_nEntryFrame;
+					m_EntryIndices[nSite] = header.m_nEntries;
+					pEntries[header.m_nEntries++] = entry;
+					return;
+				}
+				FrameEntry &sum = pEntries[m_EntryIndices[nSite]];
+				sum.m_nTicks += entry.m_nTicks;
+				sum.m_nCalls += entry.m_nCalls;
+				if ( sum.m_nCaller == SITE_NONE )
+					sum.m_nCaller = entry.m_nCaller;
+			} );
+	}
+}
+
+void CFrameCollector::StartOver( CSiteCounters *pOwn, uint32_t nSites )
+{
+	m_pOwn = pOwn;
+	m_bTickLost = true;
+	TakeChildTicks( pOwn[SITE_NONE] );
+	ForEachSite( nSites,
+		[pOwn]( uint32_t nSite )
+		{
+			TakeEntry( pOwn, nSite );
+			TakeChildTicks( pOwn[nSite] );
+		} );
+	SkipOtherThreads( nSites );
+}
+
+void CFrameCollector::SkipOtherThreads( uint32_t nSites )
+{
+	for ( uint32_t nThread = 0; nThread < ThreadCount(); nThread++ )
+	{
+		CSiteCounters *pThread = GetCounters( nThread );
+		if ( pThread != m_pOwn )
+			ForEachSite( nSites, [pThread]( uint32_t nSite ) { TakeEntry( pThread, nSite ); } );
+	}
+}
+
+void CFrameCollector::CountFrame( uint64_t nNow )
+{
+	m_FrameEnds[m_nFramesCounted % AVERAGED_FRAMES] = nNow;
+	m_nFramesCounted++;
+}
+
+uint32_t CFrameCollector::BudgetOf( uint32_t nSite )
+{
+	uint16_t &nPlusOne = m_BudgetsPlusOne[nSite];
+	if ( nPlusOne == 0 )
+	{
+		// Counters that are not zero say that the site's registration is over; the acquire makes its result visible.
+		const Site &site = GetSite( nSite );
+		if ( !site.m_bReady.load( std::memory_order_acquire ) )
+			return BUDGET_OTHER;
+		nPlusOne = static_cast<uint16_t>( site.m_nBudget + 1 );
+	}
+	return nPlusOne - 1u;
+}
+} // namespace showbudget

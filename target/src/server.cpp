@@ -1,0 +1,285 @@
+#include "server.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <utility>
+
+#include "clock.h"
+#include "registry.h"
+#include "threads.h"
+#include "wire/sessionchunks.h"
+
+namespace showbudget
+{
+namespace
+{
+// Connections that have not introduced themselves yet. One more than that ends the oldest of them.
+constexpr uint32_t MAX_WAITING = 16;
+constexpr auto ACCEPT_PAUSE = std::chrono::milliseconds( 100 );
+
+// The engine's signal handlers belong on its own threads.
+void BlockSignals( sigset_t *pBefore )
+{
+	sigset_t all;
+	sigfillset( &all );
+	pthread_sigmask( SIG_SETMASK, &all, pBefore );
+}
+} // namespace
+
+CServer::CServer( const Settings &settings )
+	: m_EngineName( settings.m_pName ? settings.m_pName : "" )
+	, m_Address( settings.m_pAddress ? settings.m_pAddress : "" )
+	, m_nPort( settings.m_nPort )
+	, m_Log{ settings.m_pLog, settings.m_pLogContext }
+{
+}
+
+CServer::~CServer()
+{
+	Stop();
+	// The descriptor outlives the server.
+	if ( m_Wake.is_open() )
+		m_Wake.release();
+}
+
+bool CServer::Start()
+{
+	if ( !Listen() )
+		return false;
+	std::error_code error;
+	m_Wake.assign( g_Engine.m_nWakeDescriptor, error );
+	if ( error )
+	{
+		m_Log.Line( Severity::Error, "cannot wait for the engine: " + error.message() );
+		return false;
+	}
+	sigset_t before;
+	BlockSignals( &before );
+	try
+	{
+		m_Thread = std::thread( [this] { Run(); } );
+	}
+	catch ( const std::exception &failure )
+	{
+		m_Log.Line( Severity::Error, std::string( "cannot start a thread: " ) + failure.what() );
+	}
+	pthread_sigmask( SIG_SETMASK, &before, nullptr );
+	return m_Thread.joinable();
+}
+
+bool CServer::Listen()
+{
+	std::error_code error;
+	const asio::ip::address address = asio::ip::make_address( m_Address, error );
+	if ( error )
+	{
+		m_Log.Line( Severity::Error, '"' + m_Address + "\" is no numeric address to listen on" );
+		return false;
+	}
+	const asio::ip::tcp::endpoint endpoint( address, m_nPort );
+	m_Acceptor.open( endpoint.protocol(), error );
+	if ( !error )
+		m_Acceptor.set_option( asio::socket_base::reuse_address( true ), error );
+	if ( !error )
+		m_Acceptor.bind( endpoint, error );
+	if ( !error )
+		m_Acceptor.listen( asio::socket_base::max_listen_connections, error );
+	if ( !error )
+		m_nPort = m_Acceptor.local_endpoint( error ).port();
+	if ( error )
+	{
+		m_Log.Line( Severity::Error, "cannot listen on " + m_Address + ':' + std::to_string( m_nPort ) + ": " +
+										 error.message() + "; the engine runs on without it" );
+		return false;
+	}
+	if ( !address.is_loopback() )
+		m_Log.Line( Severity::Warning,
+			"listening on " + m_Address + ": whoever can reach it can watch this engine and run its commands" );
+	return true;
+}
+
+void CServer::Stop()
+{
+	if ( !m_Thread.joinable() )
+		return;
+	asio::post( m_Context,
+		[this]
+		{
+			while ( !m_Connections.empty() )
+				m_Connections.back()->Close( "the engine ended the session" );
+			m_Context.stop();
+		} );
+	m_Thread.join();
+}
+
+void CServer::Run()
+{
+	try
+	{
+		g_Engine.m_Frames.Clear();
+		m_nFramesLostSeen = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
+		m_nTickFrequency = showbudget::TickFrequency();
+		m_pMicroseconds = std::make_unique<CMicroseconds>( m_nTickFrequency );
+		m_Greeting = wire::WriteHello(
+			{ wire::PROTOCOL_VERSION, static_cast<uint32_t>( getpid() ), m_nTickFrequency, m_EngineName } );
+		WaitForWork();
+		AcceptNext();
+		m_Context.run();
+	}
+	catch ( const std::exception &failure )
+	{
+		// Out of memory, most likely. The engine goes on without us.
+		m_Log.Line( Severity::Error, std::string( "the session ended: " ) + failure.what() );
+	}
+	detail::g_nWanted.store( 0, std::memory_order_relaxed );
+	g_Engine.m_nConsoles.store( 0, std::memory_order_relaxed );
+}
+
+void CServer::AcceptNext()
+{
+	m_Acceptor.async_accept( [this]( const std::error_code &error, asio::ip::tcp::socket socket )
+		{ OnAccepted( error, std::move( socket ) ); } );
+}
+
+void CServer::OnAccepted( const std::error_code &error, asio::ip::tcp::socket socket )
+{
+	if ( error == asio::error::operation_aborted )
+		return;
+	if ( !error )
+	{
+		AddConnection( std::move( socket ) );
+		return AcceptNext();
+	}
+	// Most likely the process has no descriptor left. Asking again at once would only burn time.
+	m_AcceptPause.expires_after( ACCEPT_PAUSE );
+	m_AcceptPause.async_wait(
+		[this]( const std::error_code &cancelled )
+		{
+			if ( !cancelled )
+				AcceptNext();
+		} );
+}
+
+void CServer::AddConnection( asio::ip::tcp::socket socket )
+{
+	const auto bWaits = []( const std::shared_ptr<CConnection> &pConnection ) { return !pConnection->IsAdmitted(); };
+	if ( std::ranges::count_if( m_Connections, bWaits ) >= MAX_WAITING )
+		( *std::ranges::find_if( m_Connections, bWaits ) )->Close( "too many others wait to introduce themselves" );
+	m_Connections.push_back( std::make_shared<CConnection>( std::move( socket ), *this ) );
+	m_Connections.back()->Start();
+}
+
+void CServer::WaitForWork()
+{
+	m_Wake.async_read_some( asio::buffer( &m_nWakeCount, sizeof( m_nWakeCount ) ),
+		[this]( const std::error_code &error, size_t )
+		{
+			if ( error )
+				return;
+			SendAll();
+			WaitForWork();
+		} );
+}
+
+void CServer::SendAll()
+{
+	WarnOnce();
+	SendLines();
+	SendFrames();
+	// A connection that fails takes itself out of the list.
+	const std::vector<std::shared_ptr<CConnection>> connections = m_Connections;
+	for ( const std::shared_ptr<CConnection> &pConnection : connections )
+		pConnection->Flush();
+}
+
+void CServer::SendLines()
+{
+	while ( const CLineQueue::Line *pLine = g_Engine.m_Lines.Peek() )
+	{
+		SendToAll( pLine->m_Severity, { pLine->m_Text, pLine->m_nLength } );
+		g_Engine.m_Lines.Pop();
+	}
+	if ( const uint64_t nDropped = g_Engine.m_Lines.TakeDropped() )
+		SendToAll( Severity::Warning, std::to_string( nDropped ) + " lines came too fast and were dropped." );
+}
+
+void CServer::SendFrames()
+{
+	const uint64_t nLost = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
+	for ( const auto &pConnection : m_Connections )
+		pConnection->CountDropped( nLost - m_nFramesLostSeen );
+	m_nFramesLostSeen = nLost;
+
+	Frame frame;
+	while ( g_Engine.m_Frames.Peek( frame ) )
+	{
+		const SendableFrame sendable{
+			frame, m_pMicroseconds->Convert( frame ), AveragedFrameRate( frame.m_Header, m_nTickFrequency ) };
+		for ( const auto &pConnection : m_Connections )
+			pConnection->SendFrame( sendable );
+		g_Engine.m_Frames.Pop();
+	}
+}
+
+void CServer::SendToAll( Severity severity, std::string_view text )
+{
+	for ( const auto &pConnection : m_Connections )
+		pConnection->SendLine( severity, text );
+}
+
+void CServer::WarnOnce()
+{
+	if ( AnySiteOverflowed() && !std::exchange( m_bWarnedOfSites, true ) )
+		m_Log.Line( Severity::Warning,
+			"more than " + std::to_string( MAX_SITES - 2 ) + " scopes: the rest counts as \"(more scopes)\"" );
+	if ( UnmeasuredThreads() > 0 && !std::exchange( m_bWarnedOfThreads, true ) )
+		m_Log.Line( Severity::Warning,
+			"more than " + std::to_string( MAX_THREADS ) + " threads: the scopes of the rest are not measured" );
+}
+
+bool CServer::AdmitConsole( CConnection &connection )
+{
+	const auto nAdmitted =
+		std::ranges::count_if( m_Connections, []( const std::shared_ptr<CConnection> &p ) { return p->IsAdmitted(); } );
+	if ( nAdmitted > MAX_HOSTS )
+		return false;
+	g_Engine.m_nConsoles.store( static_cast<uint32_t>( nAdmitted ), std::memory_order_relaxed );
+	m_Log.Line( Severity::Message, connection.Name() + " connected" );
+	return true;
+}
+
+void CServer::OnWantedChanged()
+{
+	uint32_t nWanted = 0;
+	for ( const auto &pConnection : m_Connections )
+		nWanted |= pConnection->Wanted();
+	// Frames of the time before are of no use to a console that starts to watch, and those of an earlier watch neither.
+	if ( detail::g_nWanted.load( std::memory_order_relaxed ) == 0 )
+		g_Engine.m_Frames.Clear();
+	detail::g_nWanted.store( nWanted, std::memory_order_relaxed );
+}
+
+void CServer::OnCommand( CConnection &connection, std::string_view line )
+{
+	if ( !g_Engine.m_Commands.Any() )
+		connection.SendLine( Severity::Warning, "This engine takes no commands." );
+	else if ( !g_Engine.m_Commands.Push( line.substr( 0, line.find( '\0' ) ) ) )
+		connection.SendLine( Severity::Warning, "The engine is busy; it did not get the command." );
+}
+
+void CServer::OnClosed( CConnection &connection, const char *pReason )
+{
+	m_Log.Line( Severity::Message, connection.Name() + " left: " + pReason );
+	std::erase_if(
+		m_Connections, [&connection]( const auto &pConnection ) { return pConnection.get() == &connection; } );
+	const auto nAdmitted =
+		std::ranges::count_if( m_Connections, []( const std::shared_ptr<CConnection> &p ) { return p->IsAdmitted(); } );
+	g_Engine.m_nConsoles.store( static_cast<uint32_t>( nAdmitted ), std::memory_order_relaxed );
+	OnWantedChanged();
+}
+} // namespace showbudget

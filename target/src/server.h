@@ -1,0 +1,71 @@
+// Listens for consoles and sends them what the engine measures, on a thread of its own.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "asio.h"
+#include "connection.h"
+#include "engine.h"
+#include "framechunks.h"
+
+namespace showbudget
+{
+class CServer final : public IConnectionOwner
+{
+public:
+	explicit CServer( const Settings &settings );
+	~CServer();
+	CServer( const CServer & ) = delete;
+	CServer &operator=( const CServer & ) = delete;
+
+	// False when it cannot listen; the reason was logged.
+	bool Start();
+	// Ends all connections and the thread.
+	void Stop();
+	uint16_t Port() const { return m_nPort; }
+
+private:
+	bool Listen();
+	void Run();
+	void AcceptNext();
+	void OnAccepted( const std::error_code &error, asio::ip::tcp::socket socket );
+	void AddConnection( asio::ip::tcp::socket socket );
+	void WaitForWork();
+	void SendAll();
+	void SendLines();
+	void SendFrames();
+	void SendToAll( Severity severity, std::string_view text );
+	void WarnOnce();
+
+	bool AdmitConsole( CConnection &connection ) override;
+	void OnWantedChanged() override;
+	void OnCommand( CConnection &connection, std::string_view line ) override;
+	void OnClosed( CConnection &connection, const char *pReason ) override;
+	const Bytes &Greeting() const override { return m_Greeting; }
+	uint64_t TickFrequency() const override { return m_nTickFrequency; }
+
+	std::string m_EngineName;
+	std::string m_Address;
+	uint16_t m_nPort;
+	Log m_Log;
+
+	asio::io_context m_Context{ 1 };
+	asio::ip::tcp::acceptor m_Acceptor{ m_Context };
+	asio::steady_timer m_AcceptPause{ m_Context };
+	asio::posix::stream_descriptor m_Wake{ m_Context };
+	uint64_t m_nWakeCount = 0;
+	std::vector<std::shared_ptr<CConnection>> m_Connections; // oldest first
+	std::thread m_Thread;
+
+	Bytes m_Greeting;
+	uint64_t m_nTickFrequency = 0;
+	std::unique_ptr<CMicroseconds> m_pMicroseconds;
+	uint64_t m_nFramesLostSeen = 0;
+	bool m_bWarnedOfSites = false;
+	bool m_bWarnedOfThreads = false;
+};
+} // namespace showbudget

@@ -1,0 +1,23 @@
+// Texts of limited length.
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+namespace showbudget
+{
+// The longest start of `text` with at most nRoom bytes that ends between two characters of UTF-8.
+std::string_view CutAtCharacter( std::string_view text, size_t nRoom );
+
+std::string_view TextOrEmpty( const char *pText );
+
+// Copies a text into memory that also holds its terminator, cut if need be. Control characters become blanks, so the
+// result is one line.
+void CopyLine( char *pOut, size_t nOutSize, std::string_view text );
+
+template <size_t nSize>
+void CopyLine( char ( &out )[nSize], std::string_view text )
+{
+	CopyLine( out, nSize, text );
+}
+} // namespace showbudget
