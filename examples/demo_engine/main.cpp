@@ -1,0 +1,69 @@
+// Runs the demo engine until it is told to end. It is also the example of how an engine uses the library: budgets.cpp
+// declares where time may go, the subsystems say where it went, and this file starts and stops the session.
+#include <csignal>
+#include <cstdio>
+#include <string>
+
+#include "engine.h"
+#include "options.h"
+#include "target/showbudget.h"
+
+namespace
+{
+volatile std::sig_atomic_t g_bEnd = 0;
+
+void OnSignal( int )
+{
+	g_bEnd = 1;
+}
+
+void InstallSignals()
+{
+	struct sigaction action
+	{
+	};
+	action.sa_handler = OnSignal;
+	sigaction( SIGTERM, &action, nullptr );
+	sigaction( SIGINT, &action, nullptr );
+}
+
+void Run( const demo::Options &options )
+{
+	demo::CEngine engine( options.m_nBodies );
+	engine.RegisterCommands();
+	uint64_t nFrames = 0;
+	while ( !g_bEnd && ( !options.m_nFrames || nFrames++ < *options.m_nFrames ) )
+		engine.RunFrame();
+	showbudget::Stop();
+}
+} // namespace
+
+int main( int nArguments, char **ppArguments )
+{
+	std::string error;
+	const std::optional<demo::Options> options = demo::ParseOptions( nArguments, ppArguments, error );
+	if ( !options )
+	{
+		std::fprintf( stderr, "demo_engine: %s\n", error.c_str() );
+		return 2;
+	}
+	if ( options->m_bHelp )
+	{
+		std::fputs( demo::Usage(), stdout );
+		return 0;
+	}
+	InstallSignals();
+
+	showbudget::Settings settings;
+	settings.m_pName = options->m_Name.c_str();
+	settings.m_pAddress = options->m_Address.c_str();
+	settings.m_nPort = options->m_nPort;
+	// Without a port the engine runs all the same; only nobody can watch it.
+	if ( showbudget::Start( settings ) )
+	{
+		std::printf( "listening on %s:%u\n", options->m_Address.c_str(), unsigned{ showbudget::Port() } );
+		std::fflush( stdout );
+	}
+	Run( *options );
+	return 0;
+}
