@@ -35,12 +35,47 @@ bool CQBudgetHistoryBarsWidget::event( QEvent *pEvent )
 	return true;
 }
 
+void CQBudgetHistoryBarsWidget::OnSamplesCleared()
+{
+	m_Strip.Invalidate();
+	update();
+}
+
 void CQBudgetHistoryBarsWidget::paintEvent( QPaintEvent * )
 {
-	const BudgetViewStyle &style = m_Owner.GetViewStyle();
-	LayoutHistoryBars( m_Layout, m_Owner.GetViewData(), m_History.MakeView( *this, m_nZoomStep ), style.m_nRowHeight );
+	const HistoryView view = m_History.MakeView( *this, m_nZoomStep );
+	HistoryPictureKey key = m_History.MakePictureKey( view );
+	if ( m_Owner.GetViewData().m_bFPSUnits )
+		key.m_Unit = HistoryAxisUnit::FramesPerSecondOfTime;
+	UpdateBackdrop( key );
+	UpdateStrip( key, view );
+
 	QPainter painter( this );
-	PaintHistoryBars( painter, m_Layout, style );
+	painter.drawPixmap( 0, 0, m_Backdrop.Picture() );
+	painter.drawPixmap( 0, 0, m_Strip.Picture() );
+	if ( const std::optional<QRect> cursor = HistoryBarsCursor( view ) )
+		PaintHistoryCursor( painter, *cursor, m_Owner.GetViewStyle() );
+}
+
+void CQBudgetHistoryBarsWidget::UpdateBackdrop( const HistoryPictureKey &key )
+{
+	if ( !m_Backdrop.Prepare( key ) )
+		return;
+	const BudgetViewStyle &style = m_Owner.GetViewStyle();
+	LayoutHistoryAxis( m_Axis, key.m_Size, m_nZoomStep, key.m_Unit, style.m_nRowHeight );
+	QPainter painter( &m_Backdrop.Picture() );
+	PaintHistoryAxis( painter, m_Axis, style );
+}
+
+void CQBudgetHistoryBarsWidget::UpdateStrip( const HistoryPictureKey &key, const HistoryView &view )
+{
+	const auto ranges = m_Strip.Prepare( key, view.m_Columns, CHistoryStrip::Reach() );
+	QPainter painter( &m_Strip.Picture() );
+	for ( const HistoryColumnRange &range : ranges )
+	{
+		LayoutHistoryBars( m_Bars, m_Owner.GetViewData(), view, range );
+		PaintHistoryBars( painter, m_Bars );
+	}
 }
 
 void CQBudgetHistoryBarsWidget::resizeEvent( QResizeEvent *pEvent )

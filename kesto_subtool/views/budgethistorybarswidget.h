@@ -4,6 +4,8 @@
 #include <QWidget>
 
 #include "views/historybarslayout.h"
+#include "views/historypicture.h"
+#include "views/historyscale.h"
 #include "views/ibudgetviewowner.h"
 
 class CQBudgetHistoryWidget;
@@ -17,6 +19,7 @@ public:
 	CQBudgetHistoryBarsWidget( IBudgetViewOwner &owner, CQBudgetHistoryWidget &history );
 
 	void SaveSettings( KeyValues &settings ) const; // "history_scale"
+	void OnSamplesCleared();
 
 protected:
 	bool event( QEvent *pEvent ) override;
@@ -28,8 +31,14 @@ protected:
 	void mouseReleaseEvent( QMouseEvent *pEvent ) override;
 
 private:
+	void UpdateBackdrop( const HistoryPictureKey &key );
+	void UpdateStrip( const HistoryPictureKey &key, const HistoryView &view );
+
 	IBudgetViewOwner &m_Owner;
 	CQBudgetHistoryWidget &m_History;
-	HistoryBarsLayout m_Layout; // kept for its buffers; laid out anew for every repaint
+	HistoryAxisLayout m_Axis;
+	HistoryBarsLayout m_Bars; // of the columns that were painted last; kept for its buffers
+	CHistoryBackdrop m_Backdrop;
+	CHistoryStrip m_Strip;
 	int m_nZoomStep;
 };

@@ -77,6 +77,8 @@ void CQBudgetHistoryWidget::SetCursorMode( bool bOn )
 void CQBudgetHistoryWidget::OnSamplesCleared()
 {
 	m_nCursor = 0;
+	m_pBars->OnSamplesCleared();
+	m_pGraph->OnSamplesCleared();
 	UpdateScrollBar();
 	UpdateCursorLabel();
 	update();
@@ -115,6 +117,17 @@ HistoryView CQBudgetHistoryWidget::MakeView( const QWidget &view, int nZoomStep 
 	if ( m_bCursorMode )
 		made.m_Cursor = m_nCursor;
 	return made;
+}
+
+HistoryPictureKey CQBudgetHistoryWidget::MakePictureKey( const HistoryView &view ) const
+{
+	HistoryPictureKey key;
+	key.m_Size = view.m_Size;
+	key.m_flPixelRatio = devicePixelRatioF();
+	key.m_nZoomStep = view.m_nZoomStep;
+	key.m_nVisible = view.m_Columns.m_nVisible;
+	key.m_pSamples = m_Owner.GetViewData().m_Blocks.data();
+	return key;
 }
 
 // Jumps to the newest columns every time, also when only the size changed.

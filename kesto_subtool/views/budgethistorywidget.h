@@ -17,6 +17,7 @@ class QLabel;
 class QScrollBar;
 class QSplitter;
 struct HistoryCommand;
+struct HistoryPictureKey;
 struct HistoryView;
 
 class CQBudgetHistoryWidget : public QWidget
@@ -47,6 +48,7 @@ public:
 	// For the two views.
 	const HistoryMeasures &Measures() const { return m_Measures; }
 	HistoryView MakeView( const QWidget &view, int nZoomStep ) const;
+	HistoryPictureKey MakePictureKey( const HistoryView &view ) const; // without what only one of them shows
 	void PressColumn( int x ); // selects the sample under x and follows the mouse from then on
 	void DragColumn( int x );
 	void ReleaseColumn();

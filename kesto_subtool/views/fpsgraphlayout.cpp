@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "views/framerate.h"
+#include "views/historyscale.h"
 
 static constexpr QRgb PLAIN_CURVE = 0xff00ffff; // cyan
 
@@ -45,10 +46,10 @@ FPSMarkerHandle FPSMarkerHandleAt( const FPSMarkers &markers, QPoint ptMouse, QS
 	return IsOn( markers.m_flLower ) ? FPSMarkerHandle::Lower : FPSMarkerHandle::None;
 }
 
-static FPSGraphLayout::Marker MakeMarker( float flRate, QRgb colour, QSize size, int nZoomStep )
+static FPSMarkerLayout MakeMarker( float flRate, QRgb colour, QSize size, int nZoomStep )
 {
 	const int y = FPSMarkerPaintedY( flRate, size.height(), nZoomStep );
-	FPSGraphLayout::Marker marker;
+	FPSMarkerLayout marker;
 	marker.m_Line = QLine( 0, y, size.width() - 1, y );
 	marker.m_LeftHandle = LeftHandle( y );
 	marker.m_RightHandle = RightHandle( y, size.width() );
@@ -58,13 +59,12 @@ static FPSGraphLayout::Marker MakeMarker( float flRate, QRgb colour, QSize size,
 	return marker;
 }
 
-static void LayoutMarkers( FPSGraphLayout &layout, const FPSMarkers &markers, QSize size, int nZoomStep )
+std::array<FPSMarkerLayout, 2> LayoutFPSMarkers( const FPSMarkers &markers, QSize size, int nZoomStep )
 {
 	const float flLower = markers.m_flLower;
 	const float flUpper = markers.m_flUpper;
-	layout.m_Markers.push_back( MakeMarker( flLower, FrameRateColour( 0.0f, flLower, flUpper ), size, nZoomStep ) );
-	layout.m_Markers.push_back(
-		MakeMarker( flUpper, FrameRateColour( FPS_MARKER_MAX, flLower, flUpper ), size, nZoomStep ) );
+	return { MakeMarker( flLower, FrameRateColour( 0.0f, flLower, flUpper ), size, nZoomStep ),
+		MakeMarker( flUpper, FrameRateColour( FPS_MARKER_MAX, flLower, flUpper ), size, nZoomStep ) };
 }
 
 namespace
@@ -109,49 +109,42 @@ private:
 };
 } // namespace
 
-static void LayoutCurve(
-	FPSGraphLayout &layout, const BudgetViewData &data, const HistoryView &view, const FPSMarkers &markers )
+void LayoutFPSCurve( FPSCurveLayout &layout, const BudgetViewData &data, const HistoryView &view,
+	const FPSMarkers &markers, const HistoryColumnRange &range )
 {
-	const HistoryColumns &columns = view.m_Columns;
-	const int nFilled = columns.Filled();
-	if ( nFilled == 0 )
+	layout.m_Segments.clear();
+	layout.m_Points.clear();
+	if ( range.m_nFirst >= range.m_nEnd )
 		return;
+	const HistoryColumns &columns = view.m_Columns;
 	const int nSide = columns.m_Measures.m_nBarWidth;
+	const auto AddPoint = [&]( const CurveSample &sample, int x ) {
+		layout.m_Points.push_back( { QRect( x - nSide / 2, sample.m_nY - nSide / 2, nSide, nSide ), sample.m_Colour } );
+	};
 	const CCurveScale scale( data, view, markers );
-	CurveSample newer = scale.At( columns.NewestShown() );
-	for ( int i = 0; i < nFilled; i++ )
+	CurveSample newer = scale.At( columns.NewestShown() - range.m_nFirst );
+	for ( int i = range.m_nFirst; i < range.m_nEnd; i++ )
 	{
 		// Sample 0 has no older neighbour and stands in for it.
 		const CurveSample older = scale.At( std::max<int64_t>( 0, columns.NewestShown() - i - 1 ) );
 		const int x = columns.Centre( view.m_Size.width(), i );
-		layout.m_Segments.push_back( { QLine( columns.Centre( view.m_Size.width(), i + 1 ), older.m_nY, x, newer.m_nY ),
-			older.m_Colour, scale.ColourOf( ( newer.m_flRate + older.m_flRate ) * 0.5f ), newer.m_Colour } );
-		layout.m_Points.push_back( { QRect( x - nSide / 2, newer.m_nY - nSide / 2, nSide, nSide ), newer.m_Colour } );
+		const int xOlder = columns.Centre( view.m_Size.width(), i + 1 );
+		const QRgb middle = scale.ColourOf( ( newer.m_flRate + older.m_flRate ) * 0.5f );
+		layout.m_Segments.push_back(
+			{ QLine( xOlder, older.m_nY, x, newer.m_nY ), older.m_Colour, middle, newer.m_Colour } );
+		AddPoint( newer, x );
 		newer = older;
 	}
+	if ( range.m_nEnd < columns.Filled() )
+		AddPoint( newer, columns.Centre( view.m_Size.width(), range.m_nEnd ) );
 }
 
-static std::optional<QRect> CursorRect( const HistoryView &view )
+std::optional<QRect> FPSGraphCursor( const HistoryView &view )
 {
-	if ( !view.m_Cursor )
-		return std::nullopt;
-	const std::optional<int> column = view.m_Columns.ColumnOf( *view.m_Cursor );
+	const std::optional<int> column = view.m_Cursor ? view.m_Columns.ColumnOf( *view.m_Cursor ) : std::nullopt;
 	if ( !column )
 		return std::nullopt;
 	const int nPitch = view.m_Columns.m_Measures.Pitch();
 	const int x = view.m_Columns.Centre( view.m_Size.width(), *column ) - nPitch / 2;
 	return QRect( QPoint( x, 0 ), QPoint( x + nPitch - 1, view.m_Size.height() - 2 ) );
-}
-
-void LayoutFPSGraph( FPSGraphLayout &layout, const BudgetViewData &data, const HistoryView &view,
-	const FPSMarkers &markers, int nRowHeight )
-{
-	LayoutHistoryAxis( layout.m_Axis, view.m_Size, view.m_nZoomStep, HistoryAxisUnit::FramesPerSecond, nRowHeight );
-	layout.m_Markers.clear();
-	layout.m_Segments.clear();
-	layout.m_Points.clear();
-	if ( data.m_bShowThresholds )
-		LayoutMarkers( layout, markers, view.m_Size, view.m_nZoomStep );
-	LayoutCurve( layout, data, view, markers );
-	layout.m_Cursor = CursorRect( view );
 }

@@ -1,4 +1,4 @@
-// The frame-rate graph as lines and rectangles: axis, threshold markers, the curve with its points.
+// The frame-rate graph as lines and rectangles: threshold markers, the curve with its points.
 #pragma once
 
 #include <QLine>
@@ -9,21 +9,22 @@
 #include <optional>
 #include <vector>
 
+#include "views/budgetviewdata.h"
 #include "views/fpsmarkers.h"
-#include "views/historybarslayout.h"
+#include "views/historyview.h"
 
-struct FPSGraphLayout
+struct FPSMarkerLayout
 {
-	struct Marker
-	{
-		QLine m_Line;
-		QRect m_LeftHandle;
-		QRect m_RightHandle;
-		QPoint m_TextBaseline;
-		QString m_Text;
-		QRgb m_Colour = 0;
-	};
+	QLine m_Line;
+	QRect m_LeftHandle;
+	QRect m_RightHandle;
+	QPoint m_TextBaseline;
+	QString m_Text;
+	QRgb m_Colour = 0;
+};
 
+struct FPSCurveLayout
+{
 	// From the older sample's point to its own. Its colour goes from m_Older half way to m_Middle and on to m_Newer.
 	struct Segment
 	{
@@ -41,11 +42,8 @@ struct FPSGraphLayout
 		QRgb m_Colour = 0;
 	};
 
-	HistoryAxisLayout m_Axis;
-	std::vector<Marker> m_Markers; // lower, upper; none while thresholds are hidden
 	std::vector<Segment> m_Segments;
 	std::vector<Point> m_Points;
-	std::optional<QRect> m_Cursor;
 };
 
 // Where a marker is painted, and where the mouse finds it. The first truncates the difference, the second the length,
@@ -66,6 +64,13 @@ enum class FPSMarkerHandle
 // The marker whose handle lies under ptMouse; the upper one where both do.
 FPSMarkerHandle FPSMarkerHandleAt( const FPSMarkers &markers, QPoint ptMouse, QSize size, int nZoomStep );
 
-// Lays out into layout, whose buffers are used again.
-void LayoutFPSGraph( FPSGraphLayout &layout, const BudgetViewData &data, const HistoryView &view,
-	const FPSMarkers &markers, int nRowHeight );
+// The lower marker, then the upper one.
+std::array<FPSMarkerLayout, 2> LayoutFPSMarkers( const FPSMarkers &markers, QSize size, int nZoomStep );
+
+// Lays the segments and points of some of the filled columns out into layout, whose buffers are used again. The point
+// that the oldest of the segments starts from comes along when it stands in a column itself.
+void LayoutFPSCurve( FPSCurveLayout &layout, const BudgetViewData &data, const HistoryView &view,
+	const FPSMarkers &markers, const HistoryColumnRange &range );
+
+// The frame around the selected column, while it is on screen.
+std::optional<QRect> FPSGraphCursor( const HistoryView &view );

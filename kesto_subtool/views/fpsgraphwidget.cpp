@@ -53,13 +53,56 @@ void CQFPSGraphWidget::ShowMarkerToolTip( FPSMarkerHandle handle, QPoint ptGloba
 	QToolTip::showText( ptGlobal, text, this );
 }
 
+void CQFPSGraphWidget::OnSamplesCleared()
+{
+	m_Strip.Invalidate();
+	update();
+}
+
 void CQFPSGraphWidget::paintEvent( QPaintEvent * )
 {
-	const BudgetViewStyle &style = m_Owner.GetViewStyle();
-	LayoutFPSGraph(
-		m_Layout, m_Owner.GetViewData(), m_History.MakeView( *this, m_nZoomStep ), m_Markers, style.m_nRowHeight );
+	const BudgetViewData viewData = m_Owner.GetViewData();
+	const HistoryView view = m_History.MakeView( *this, m_nZoomStep );
+	HistoryPictureKey key = m_History.MakePictureKey( view );
+	key.m_Unit = HistoryAxisUnit::FramesPerSecond;
+	key.m_bAverages = viewData.m_bFPSAverages;
+	key.m_bThresholds = viewData.m_bShowThresholds;
+	key.m_Markers = m_Markers;
+	UpdateBackdrop( key );
+	UpdateStrip( key, view );
+
 	QPainter painter( this );
-	PaintFPSGraph( painter, m_Layout, style );
+	painter.drawPixmap( 0, 0, m_Backdrop.Picture() );
+	painter.drawPixmap( 0, 0, m_Strip.Picture() );
+	if ( const std::optional<QRect> cursor = FPSGraphCursor( view ) )
+		PaintHistoryCursor( painter, *cursor, m_Owner.GetViewStyle() );
+}
+
+void CQFPSGraphWidget::UpdateBackdrop( const HistoryPictureKey &key )
+{
+	if ( !m_Backdrop.Prepare( key ) )
+		return;
+	const BudgetViewStyle &style = m_Owner.GetViewStyle();
+	LayoutHistoryAxis( m_Axis, key.m_Size, m_nZoomStep, key.m_Unit, style.m_nRowHeight );
+	QPainter painter( &m_Backdrop.Picture() );
+	PaintHistoryAxis( painter, m_Axis, style );
+	if ( key.m_bThresholds )
+		PaintFPSMarkers( painter, LayoutFPSMarkers( m_Markers, key.m_Size, m_nZoomStep ), style );
+}
+
+void CQFPSGraphWidget::UpdateStrip( const HistoryPictureKey &key, const HistoryView &view )
+{
+	// Segments begin in the middle of a column, where its point and the end of the older segment stay; see
+	// LayoutFPSCurve for the point.
+	const int nHalfPitch = m_History.Measures().Pitch() / 2;
+	const CHistoryStrip::Reach reach{ 1 - nHalfPitch, -nHalfPitch - m_History.Measures().m_nBarWidth / 2 };
+	const auto ranges = m_Strip.Prepare( key, view.m_Columns, reach );
+	QPainter painter( &m_Strip.Picture() );
+	for ( const HistoryColumnRange &range : ranges )
+	{
+		LayoutFPSCurve( m_Curve, m_Owner.GetViewData(), view, m_Markers, range );
+		PaintFPSCurve( painter, m_Curve );
+	}
 }
 
 void CQFPSGraphWidget::resizeEvent( QResizeEvent *pEvent )

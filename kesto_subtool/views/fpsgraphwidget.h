@@ -5,6 +5,8 @@
 
 #include "views/fpsgraphlayout.h"
 #include "views/fpsmarkers.h"
+#include "views/historypicture.h"
+#include "views/historyscale.h"
 #include "views/ibudgetviewowner.h"
 
 class CQBudgetHistoryWidget;
@@ -19,6 +21,7 @@ public:
 
 	const FPSMarkers &Markers() const { return m_Markers; }
 
+	void OnSamplesCleared();
 	void SaveSettings( KeyValues &settings ) const; // "fps_graph_scale" and the markers
 
 protected:
@@ -31,6 +34,8 @@ protected:
 	void mouseReleaseEvent( QMouseEvent *pEvent ) override;
 
 private:
+	void UpdateBackdrop( const HistoryPictureKey &key );
+	void UpdateStrip( const HistoryPictureKey &key, const HistoryView &view );
 	bool IsDraggingMarker() const { return m_DraggedMarker != FPSMarkerHandle::None; }
 	FPSMarkerHandle HandleAt( QPoint ptMouse ) const; // none while thresholds are hidden
 	void DragMarker( int y );
@@ -38,7 +43,10 @@ private:
 
 	IBudgetViewOwner &m_Owner;
 	CQBudgetHistoryWidget &m_History;
-	FPSGraphLayout m_Layout; // kept for its buffers; laid out anew for every repaint
+	HistoryAxisLayout m_Axis;
+	FPSCurveLayout m_Curve; // of the columns that were painted last; kept for its buffers
+	CHistoryBackdrop m_Backdrop;
+	CHistoryStrip m_Strip;
 	FPSMarkers m_Markers;
 	FPSMarkerHandle m_DraggedMarker = FPSMarkerHandle::None;
 	int m_nZoomStep;

@@ -21,4 +21,6 @@ struct FPSMarkers
 	// other one pushes it and keeps a gap of 5, as far as the bounds allow.
 	bool DragUpper( float flRate );
 	bool DragLower( float flRate );
+
+	friend bool operator==( const FPSMarkers &, const FPSMarkers & ) = default;
 };

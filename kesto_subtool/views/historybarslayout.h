@@ -1,23 +1,13 @@
 // The history bars as rectangles: per sample a column of its budgets, stacked from the bottom.
 #pragma once
 
+#include <QColor>
 #include <QRect>
-#include <cstdint>
 #include <optional>
 #include <vector>
 
 #include "views/budgetviewdata.h"
-#include "views/historycolumns.h"
-#include "views/historyscale.h"
-
-// What both views of the history are laid out from, beside the samples.
-struct HistoryView
-{
-	QSize m_Size; // of the view's contents
-	int m_nZoomStep = 0;
-	HistoryColumns m_Columns;
-	std::optional<uint32_t> m_Cursor; // the selected sample while the cursor is in force
-};
+#include "views/historyview.h"
 
 struct HistoryBarsLayout
 {
@@ -30,14 +20,16 @@ struct HistoryBarsLayout
 		size_t m_nCount = 0;
 	};
 
-	HistoryAxisLayout m_Axis;
 	std::vector<QRect> m_Bars;     // in painting order; those above the view's top are left out
 	std::vector<Budget> m_Budgets; // without the frame total, which is not stacked
-	std::optional<QRect> m_Cursor;
 
 	std::vector<int> m_Tops; // of the stacks while they grow, per column
 };
 
-// Lays out into layout, whose buffers are used again: after the first few calls nothing is allocated for the bars.
+// Lays some of the filled columns out into layout, whose buffers are used again: after a few calls nothing is
+// allocated.
 void LayoutHistoryBars(
-	HistoryBarsLayout &layout, const BudgetViewData &data, const HistoryView &view, int nRowHeight );
+	HistoryBarsLayout &layout, const BudgetViewData &data, const HistoryView &view, const HistoryColumnRange &range );
+
+// The frame around the selected column, while it is on screen.
+std::optional<QRect> HistoryBarsCursor( const HistoryView &view );

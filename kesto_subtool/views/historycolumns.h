@@ -32,6 +32,15 @@ struct HistoryScrollRange
 	static HistoryScrollRange Make( uint32_t nSampleCount, int nVisible, bool bCursorMode );
 };
 
+// Columns m_nFirst to m_nEnd - 1, counted from the right.
+struct HistoryColumnRange
+{
+	int m_nFirst = 0;
+	int m_nEnd = 0;
+
+	friend bool operator==( const HistoryColumnRange &, const HistoryColumnRange & ) = default;
+};
+
 struct HistoryColumns
 {
 	HistoryMeasures m_Measures;
@@ -45,6 +54,7 @@ struct HistoryColumns
 
 	// Columns that hold a sample; column 0 is the rightmost one, column i holds sample NewestShown() - i.
 	int Filled() const;
+	HistoryColumnRange AllFilled() const { return { 0, Filled() }; }
 
 	std::optional<int> ColumnOf( uint32_t nSample ) const; // nothing when it is not on screen
 

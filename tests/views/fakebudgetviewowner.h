@@ -19,6 +19,7 @@ public:
 		m_Data.m_bLive = true;
 		SetBudgets( nBudgets );
 	}
+	virtual ~CFakeBudgetViewOwner() = default;
 
 	// Budgets "Budget 0" on, each of another colour, the last one white and called "Totals"; all values 0.
 	void SetBudgets( int nBudgets )
