@@ -23,10 +23,12 @@ std::optional<uint32_t> FindSlowerSample(
 	if ( !held )
 		return std::nullopt;
 	const uint32_t nHeld = held->m_nNewest - held->m_nOldest + 1;
-	// Offsets from the oldest sample go round: one step back is nHeld - 1 steps ahead, and a cursor in front of the
-	// ring stands one step before offset 0.
-	const uint32_t nStep = direction == SearchDirection::Later ? 1 : nHeld - 1;
-	uint32_t nOffset = ( nCursor < held->m_nOldest ? nHeld - nStep : nCursor - held->m_nOldest ) % nHeld;
+	// Offsets from the oldest sample go round: one step back is nHeld - 1 steps ahead. A cursor in front of the ring
+	// stands between its two ends, so that the first step leads to one of them.
+	const bool bLater = direction == SearchDirection::Later;
+	const uint32_t nStep = bLater ? 1 : nHeld - 1;
+	const uint32_t nBetweenEnds = bLater ? nHeld - 1 : 0;
+	uint32_t nOffset = nCursor < held->m_nOldest ? nBetweenEnds : ( nCursor - held->m_nOldest ) % nHeld;
 	for ( uint32_t i = 0; i < nHeld; i++ )
 	{
 		nOffset = ( nOffset + nStep ) % nHeld;
