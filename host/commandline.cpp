@@ -2,10 +2,13 @@
 
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 namespace
 {
 constexpr double MAX_AFTER = 86400.0;
+constexpr int MIN_PICTURE_SIDE = 100;
+constexpr int MAX_PICTURE_SIDE = 8192;
 const QString g_ShowBudget = QStringLiteral( "Show Budget" );
 
 const char *const g_pUsage =
@@ -32,6 +35,7 @@ Pictures
   --screenshot FILE    Write a picture (.png) of a window to FILE and end.
   --after SECONDS      When, counted from when the connection is up (default 3).
   --what WINDOW        Of which window: budget (default) or console.
+  --size WIDTHxHEIGHT  In which size, in pixels at scale 1 (default 1280x860).
 
   -h, --help           Print this text and end.
   -v, --version        Print the version and end.
@@ -55,6 +59,7 @@ public:
 			{ "screenshot", QString(), "FILE" },
 			{ "after", QString(), "SECONDS" },
 			{ "what", QString(), "WINDOW" },
+			{ "size", QString(), "WIDTHxHEIGHT" },
 		} );
 	}
 
@@ -146,13 +151,15 @@ private:
 		m_Options.m_ScreenshotFile = Value( "screenshot" );
 		const QString after = Value( "after" );
 		const QString what = Value( "what" );
+		const QString size = Value( "size" );
 		if ( m_Options.m_ScreenshotFile.isEmpty() )
 		{
-			if ( !after.isEmpty() || !what.isEmpty() )
-				Fail( QStringLiteral( "--after and --what need --screenshot" ) );
+			if ( !after.isEmpty() || !what.isEmpty() || !size.isEmpty() )
+				Fail( QStringLiteral( "--after, --what and --size need --screenshot" ) );
 			return;
 		}
 		ReadAfter( after );
+		ReadSize( size );
 		if ( what == QLatin1String( "console" ) )
 			m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
 		else if ( !what.isEmpty() && what != QLatin1String( "budget" ) )
@@ -172,6 +179,22 @@ private:
 		if ( !bNumber || !( m_Options.m_flScreenshotAfter >= 0.0 && m_Options.m_flScreenshotAfter <= MAX_AFTER ) )
 			Fail(
 				QStringLiteral( "--after: \"%1\" is no number of seconds from 0 to %2" ).arg( text ).arg( MAX_AFTER ) );
+	}
+
+	void ReadSize( const QString &text )
+	{
+		if ( text.isEmpty() )
+			return;
+		const QRegularExpressionMatch match =
+			QRegularExpression( QStringLiteral( "^([0-9]{1,6})x([0-9]{1,6})$" ) ).match( text );
+		const QSize size( match.captured( 1 ).toInt(), match.captured( 2 ).toInt() );
+		if ( size.width() < MIN_PICTURE_SIDE || size.height() < MIN_PICTURE_SIDE || size.width() > MAX_PICTURE_SIDE ||
+			 size.height() > MAX_PICTURE_SIDE )
+			Fail( QStringLiteral( "--size: \"%1\" is no WIDTHxHEIGHT from %2 to %3 each" )
+					  .arg( text )
+					  .arg( MIN_PICTURE_SIDE )
+					  .arg( MAX_PICTURE_SIDE ) );
+		m_Options.m_ScreenshotSize = size;
 	}
 
 	void CheckScreenshotFile()

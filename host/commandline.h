@@ -1,6 +1,7 @@
 // What the user asked for when starting the program.
 #pragma once
 
+#include <QSize>
 #include <QString>
 #include <QStringList>
 
@@ -24,7 +25,8 @@ struct CommandLineOptions
 	QString m_ScreenshotFile;         // empty: none is wanted
 	double m_flScreenshotAfter = 3.0; // seconds from when the connection is up
 	ScreenshotSubject m_ScreenshotSubject = ScreenshotSubject::Budget;
-	QString m_SettingsFile; // empty: the one in the user's configuration folder
+	QSize m_ScreenshotSize{ 1280, 860 }; // of the window, in pixels at scale 1
+	QString m_SettingsFile;              // empty: the one in the user's configuration folder
 	QStringList m_Plugins;
 	std::optional<StyleChoice> m_Style;
 

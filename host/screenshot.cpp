@@ -6,9 +6,11 @@
 
 #include <cmath>
 
-CScreenshot::CScreenshot( const QString &file, double flAfter, std::function<QWidget *()> findWindow, QObject *pParent )
+CScreenshot::CScreenshot(
+	const QString &file, double flAfter, const QSize &size, std::function<QWidget *()> findWindow, QObject *pParent )
 	: QObject( pParent )
 	, m_File( file )
+	, m_Size( size )
 	, m_FindWindow( std::move( findWindow ) )
 {
 	m_Patience.setSingleShot( true );
@@ -32,6 +34,8 @@ void CScreenshot::Begin()
 	if ( std::exchange( m_bBegun, true ) )
 		return;
 	m_Patience.stop();
+	if ( QWidget *pWindow = m_FindWindow() )
+		pWindow->resize( m_Size );
 	m_After.start();
 }
 

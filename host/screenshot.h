@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QObject>
+#include <QSize>
 #include <QString>
 #include <QTimer>
 
@@ -17,8 +18,9 @@ public:
 	static constexpr int CONNECT_PATIENCE_MS = 30000;
 
 	// findWindow gives the window of the picture when its time has come; null when there is none.
-	CScreenshot(
-		const QString &file, double flAfter, std::function<QWidget *()> findWindow, QObject *pParent = nullptr );
+	// It gets the given size as soon as the connection is up, so that the picture does not depend on the screen.
+	CScreenshot( const QString &file, double flAfter, const QSize &size, std::function<QWidget *()> findWindow,
+		QObject *pParent = nullptr );
 
 	// Waits for Begin; nConnectPatienceMs later it gives up.
 	void Wait( int nConnectPatienceMs = CONNECT_PATIENCE_MS );
@@ -36,6 +38,7 @@ private:
 	void Take();
 
 	QString m_File;
+	QSize m_Size;
 	std::function<QWidget *()> m_FindWindow;
 	QTimer m_Patience;
 	QTimer m_After;

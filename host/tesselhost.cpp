@@ -132,8 +132,8 @@ void CTesselHost::StartScreenshot()
 				return pWidget;
 		return nullptr;
 	};
-	m_pScreenshot =
-		std::make_unique<CScreenshot>( m_Options.m_ScreenshotFile, m_Options.m_flScreenshotAfter, findWindow );
+	m_pScreenshot = std::make_unique<CScreenshot>( m_Options.m_ScreenshotFile, m_Options.m_flScreenshotAfter,
+		m_Options.m_ScreenshotSize * static_cast<double>( GetUIScale() ), findWindow );
 	connect( m_pScreenshot.get(), &CScreenshot::Written, this, [this]() { emit Finished( 0 ); } );
 	connect( m_pScreenshot.get(), &CScreenshot::Failed, this,
 		[this]( const QString &reason )
