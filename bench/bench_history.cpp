@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QPainter>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <random>
 
 #include "support/paintlog.h"
@@ -13,6 +14,7 @@
 #include "views/budgetsampleswidget.h"
 #include "views/fakehistoryowner.h"
 #include "views/fpsgraphwidget.h"
+#include "views/historypainter.h"
 
 namespace
 {
@@ -83,20 +85,50 @@ public:
 	QImage m_Image;
 };
 
-// The fills and lines of one repaint of the window.
+// The fills and lines of one repaint of the window with nothing kept from the one before.
 struct PlainCalls
 {
 	std::vector<PaintOp> m_Ops;
 
 	explicit PlainCalls( CWindow &window )
 	{
-		for ( QWidget *pView : window.m_Widget.findChildren<QWidget *>() )
+		for ( QWidget *pView : window.m_Samples.findChildren<QWidget *>() )
+			Take( CPaintLog::OfWidget( *pView ) );
+		TakeHistory( window );
+	}
+
+	void TakeHistory( CWindow &window )
+	{
+		const BudgetViewData data = window.m_Owner.GetViewData();
+		const BudgetViewStyle &style = window.m_Owner.GetViewStyle();
+		const HistoryView bars =
+			window.m_History.MakeView( *window.m_Widget.findChild<CQBudgetHistoryBarsWidget *>(), 0 );
+		const HistoryView graph = window.m_History.MakeView( *window.m_Widget.findChild<CQFPSGraphWidget *>(), 0 );
+		HistoryBarsLayout barsLayout;
+		LayoutHistoryBars( barsLayout, data, bars, bars.m_Columns.AllFilled() );
+		FPSCurveLayout curveLayout;
+		LayoutFPSCurve( curveLayout, data, graph, FPSMarkers(), graph.m_Columns.AllFilled() );
+		HistoryAxisLayout axis;
+
+		CPaintLog log( window.m_Image.size() );
+		QPainter painter( &log );
+		LayoutHistoryAxis( axis, bars.m_Size, 0, HistoryAxisUnit::Milliseconds, style.m_nRowHeight );
+		PaintHistoryAxis( painter, axis, style );
+		PaintHistoryBars( painter, barsLayout );
+		LayoutHistoryAxis( axis, graph.m_Size, 0, HistoryAxisUnit::FramesPerSecond, style.m_nRowHeight );
+		PaintHistoryAxis( painter, axis, style );
+		PaintFPSMarkers( painter, LayoutFPSMarkers( FPSMarkers(), graph.m_Size, 0 ), style );
+		PaintFPSCurve( painter, curveLayout );
+		painter.end();
+		Take( log.Ops() );
+	}
+
+	void Take( const std::vector<PaintOp> &ops )
+	{
+		for ( const PaintOp &op : ops )
 		{
-			for ( PaintOp &op : CPaintLog::OfWidget( *pView ) )
-			{
-				if ( op.m_Kind == PaintOp::Kind::FillRect || op.m_Kind == PaintOp::Kind::Line )
-					m_Ops.push_back( std::move( op ) );
-			}
+			if ( op.m_Kind == PaintOp::Kind::FillRect || op.m_Kind == PaintOp::Kind::Line )
+				m_Ops.push_back( op );
 		}
 	}
 
@@ -122,7 +154,10 @@ void BM_PlainCalls( benchmark::State &state, Load load )
 	const PlainCalls calls( window );
 	for ( auto _ : state )
 		calls.Replay( window.m_Image );
-	state.counters["calls"] = static_cast<double>( calls.m_Ops.size() );
+	const auto nFills = std::count_if( calls.m_Ops.begin(), calls.m_Ops.end(),
+		[]( const PaintOp &op ) { return op.m_Kind == PaintOp::Kind::FillRect; } );
+	state.counters["fills"] = static_cast<double>( nFills );
+	state.counters["lines"] = static_cast<double>( calls.m_Ops.size() ) - static_cast<double>( nFills );
 }
 
 template <class VIEW>
