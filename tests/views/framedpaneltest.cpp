@@ -26,3 +26,25 @@ TEST( FramedPanel, OwnsItsChildAndKeepsItFourPixelsInside )
 	EXPECT_EQ(
 		pChild->geometry(), QRect( 0, 0, 100, 80 ).adjusted( 4 + nFrame, 4 + nFrame, -4 - nFrame, -4 - nFrame ) );
 }
+
+TEST( FramedPanel, LooksAsAFrameOfItsKindDoes )
+{
+	for ( const bool bDark : { false, true } )
+	{
+		QPalette palette;
+		if ( bDark )
+			palette = QPalette( QColor( 60, 60, 64 ), QColor( 45, 45, 48 ) );
+		CQFramedPanel panel( new QWidget );
+		QFrame frame;
+		frame.setFrameShape( QFrame::Box );
+		frame.setFrameShadow( QFrame::Sunken );
+		frame.setLineWidth( 1 );
+		frame.setMidLineWidth( 2 );
+		for ( QFrame *pFrame : { static_cast<QFrame *>( &panel ), &frame } )
+		{
+			pFrame->setPalette( palette );
+			pFrame->resize( 123, 77 );
+		}
+		EXPECT_EQ( panel.grab().toImage(), frame.grab().toImage() ) << ( bDark ? "dark" : "light" );
+	}
+}
