@@ -1,0 +1,102 @@
+// The program as a user starts it.
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <csignal>
+
+#include "testpeer.h"
+
+using testing::HasSubstr;
+
+namespace
+{
+class Program : public testing::Test
+{
+protected:
+	bool Run( const QStringList &arguments )
+	{
+		m_Process.start( TESSEL_PROGRAM, arguments );
+		return WaitUntilEnded();
+	}
+	bool WaitUntilEnded()
+	{
+		return WaitFor( [this]() { return m_Process.state() == QProcess::NotRunning; }, 60000 );
+	}
+	std::string Output() { return m_Process.readAllStandardOutput().toStdString(); }
+	std::string ErrorOutput() { return m_Process.readAllStandardError().toStdString(); }
+
+	QTemporaryDir m_Folder;
+	QProcess m_Process;
+};
+
+TEST_F( Program, PrintsHelpAndVersionWithStatus0 )
+{
+	ASSERT_TRUE( Run( { "--help" } ) );
+	EXPECT_EQ( m_Process.exitCode(), 0 );
+	EXPECT_THAT( Output(), HasSubstr( "Usage: tessel" ) );
+	ASSERT_TRUE( Run( { "--version" } ) );
+	EXPECT_EQ( m_Process.exitCode(), 0 );
+	EXPECT_THAT( Output(), testing::StartsWith( "tessel " ) );
+}
+
+TEST_F( Program, EndsWithStatus2AndOneLineForAWrongValue )
+{
+	ASSERT_TRUE( Run( { "--style", "pink" } ) );
+	EXPECT_EQ( m_Process.exitStatus(), QProcess::NormalExit );
+	EXPECT_EQ( m_Process.exitCode(), 2 );
+	const std::string error = ErrorOutput();
+	EXPECT_THAT( error, testing::StartsWith( "tessel: --style" ) );
+	EXPECT_EQ( std::count( error.begin(), error.end(), '\n' ), 1 );
+}
+
+TEST_F( Program, EndsWithStatus2ForASubToolThatThereIsNot )
+{
+	ASSERT_TRUE( Run( { "--open", "Nothing", "--settings", m_Folder.filePath( "s" ) } ) );
+	EXPECT_EQ( m_Process.exitCode(), 2 );
+	EXPECT_THAT( ErrorOutput(), HasSubstr( "tessel: there is no sub-tool \"Nothing\"" ) );
+}
+
+TEST_F( Program, EndsWithStatus1AndALineWithoutADisplay )
+{
+	QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+	for ( const char *pName : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" } )
+		environment.remove( pName );
+	m_Process.setProcessEnvironment( environment );
+	ASSERT_TRUE( Run( {} ) );
+	EXPECT_EQ( m_Process.exitCode(), 1 );
+	EXPECT_THAT( ErrorOutput(), HasSubstr( "tessel: there is no display" ) );
+}
+
+TEST_F( Program, TakesAPictureWithoutADisplay )
+{
+	QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+	for ( const char *pName : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" } )
+		environment.remove( pName );
+	m_Process.setProcessEnvironment( environment );
+	const QString picture = m_Folder.filePath( "console.png" );
+	ASSERT_TRUE( Run(
+		{ "--screenshot", picture, "--what", "console", "--after", "0", "--settings", m_Folder.filePath( "s" ) } ) );
+	EXPECT_EQ( m_Process.exitCode(), 0 ) << ErrorOutput();
+	EXPECT_TRUE( QFile::exists( picture ) );
+}
+
+TEST_F( Program, EndsCleanlyAndSavesWhenItIsAskedToStop )
+{
+	for ( const int nSignal : { SIGTERM, SIGINT } )
+	{
+		CTestPeer peer;
+		peer.GreetWith( HelloBytes() );
+		const QString settings = m_Folder.filePath( QString::number( nSignal ) );
+		m_Process.start( TESSEL_PROGRAM, { "--connect", peer.Address().ToString(), "--settings", settings } );
+		ASSERT_TRUE( peer.WaitForConnection() );
+		kill( static_cast<pid_t>( m_Process.processId() ), nSignal );
+		ASSERT_TRUE( WaitUntilEnded() );
+		EXPECT_EQ( m_Process.exitStatus(), QProcess::NormalExit );
+		EXPECT_EQ( m_Process.exitCode(), 0 ) << ErrorOutput();
+		EXPECT_TRUE( QFile::exists( settings ) );
+	}
+}
+} // namespace

@@ -1,0 +1,513 @@
+// The console as a whole, with engines made by the test and a module made for it.
+#include <gmock/gmock.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QImage>
+#include <QImageReader>
+#include <QLabel>
+#include <QLibrary>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+#include "connectionspanel.h"
+#include "consolepanel.h"
+#include "demoprocess.h"
+#include "keel0/platform.h"
+#include "signalwatcher.h"
+#include "targetconnection.h"
+#include "tesselhost.h"
+#include "testpeer.h"
+#include "testplugin.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace
+{
+QString GoodPlugin()
+{
+	return QString( "%1/libgood_subtool.so" ).arg( TEST_PLUGIN_FOLDER );
+}
+
+QWidget *FindWindow( const QString &title )
+{
+	for ( QWidget *pWidget : QApplication::topLevelWidgets() )
+		if ( pWidget->isVisible() && pWidget->windowTitle() == title )
+			return pWidget;
+	return nullptr;
+}
+
+class TesselHost : public testing::Test
+{
+protected:
+	TesselHost()
+	{
+		RegisterImages();
+		m_Options.m_PluginFolder = m_Folder.filePath( "no_plugins" );
+		m_Options.m_SettingsFile = m_Folder.filePath( "tessel.settings" );
+		m_Options.m_Plugins = QStringList( GoodPlugin() );
+		m_Peer.GreetWith( HelloBytes( "first" ) );
+		m_OtherPeer.GreetWith( HelloBytes( "second" ) );
+		QLibrary library( GoodPlugin() );
+		m_pRecord = reinterpret_cast<TestPluginGetRecordFn>( library.resolve( "TestPlugin_GetRecord" ) )();
+		*m_pRecord = TestPluginRecord();
+	}
+
+	CTesselHost &Start()
+	{
+		m_pHost = std::make_unique<CTesselHost>( m_Options );
+		QString error;
+		EXPECT_TRUE( m_pHost->Start( error ) ) << error.toStdString();
+		return *m_pHost;
+	}
+
+	QString ConsoleText()
+	{
+		m_pHost->Log().Flush();
+		QStringList lines;
+		for ( int i = 0; i < m_pHost->Console().rowCount(); i++ )
+			lines += m_pHost->Console().Line( i ).m_Text;
+		return lines.join( '\n' );
+	}
+
+	template <typename Widget>
+	Widget *Child( const char *pName )
+	{
+		return m_pHost->Window().findChild<Widget *>( pName );
+	}
+
+	QAction *SubToolAction()
+	{
+		for ( QAction *pAction : m_pHost->Window().findChildren<QAction *>() )
+			if ( pAction->text() == "Show Budget" )
+				return pAction;
+		return nullptr;
+	}
+
+	bool WaitUntilConnected( int nIndex = 0 )
+	{
+		return WaitFor( [this, nIndex]()
+			{ return m_pHost->Connections().Count() > nIndex && m_pHost->Connections().At( nIndex )->IsConnected(); } );
+	}
+
+	QTemporaryDir m_Folder;
+	CommandLineOptions m_Options;
+	CTestPeer m_Peer;
+	CTestPeer m_OtherPeer;
+	TestPluginRecord *m_pRecord = nullptr;
+	std::unique_ptr<CTesselHost> m_pHost;
+};
+
+TEST_F( TesselHost, ConnectsToWhatTheAddressBarSaysAndRemembersIt )
+{
+	Start();
+	EXPECT_EQ( Child<QComboBox>( "AddressBar" )->currentText(), "127.0.0.1:27190" );
+	Child<QComboBox>( "AddressBar" )->setEditText( m_Peer.Address().ToString() );
+	QTest::mouseClick( Child<QPushButton>( "ConnectButton" ), Qt::LeftButton );
+	ASSERT_TRUE( WaitUntilConnected() );
+	EXPECT_EQ( m_pHost->Window().Connections().RecentAddresses(), QStringList( m_Peer.Address().ToString() ) );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "connected to first" ) );
+	m_pHost.reset();
+	Start();
+	EXPECT_EQ( m_pHost->Window().Connections().RecentAddresses(), QStringList( m_Peer.Address().ToString() ) );
+	EXPECT_EQ( Child<QComboBox>( "AddressBar" )->currentText(), m_Peer.Address().ToString() );
+}
+
+TEST_F( TesselHost, ShowsOneLineForABadAddressUntilItIsEdited )
+{
+	Start();
+	auto *pError = Child<QLabel>( "AddressError" );
+	EXPECT_FALSE( pError->isVisible() );
+	Child<QComboBox>( "AddressBar" )->setEditText( "<b>:1" );
+	QTest::keyClick( Child<QComboBox>( "AddressBar" )->lineEdit(), Qt::Key_Return );
+	EXPECT_TRUE( pError->isVisible() );
+	EXPECT_EQ( pError->textFormat(), Qt::PlainText );
+	EXPECT_THAT( pError->text().toStdString(), HasSubstr( "bad address \"<b>:1\"" ) );
+	EXPECT_EQ( m_pHost->Connections().Count(), 0 );
+	QTest::keyClick( Child<QComboBox>( "AddressBar" )->lineEdit(), Qt::Key_2 );
+	EXPECT_FALSE( pError->isVisible() );
+}
+
+TEST_F( TesselHost, KeepsTheNewestRecentAddressesOnly )
+{
+	Start();
+	CQConnectionsPanel &panel = m_pHost->Window().Connections();
+	for ( uint16_t nPort = 1; nPort <= 12; nPort++ )
+		panel.AddRecentAddress( { "a", nPort } );
+	panel.AddRecentAddress( { "a", 5 } );
+	EXPECT_EQ( panel.RecentAddresses().size(), 10 );
+	EXPECT_EQ( panel.RecentAddresses().mid( 0, 3 ), QStringList( { "a:5", "a:12", "a:11" } ) );
+}
+
+TEST_F( TesselHost, DisconnectsConnectsAndRemovesTheSelectedConnection )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	auto *pToggle = Child<QPushButton>( "ToggleButton" );
+	EXPECT_EQ( pToggle->text(), "Disconnect" );
+	QTest::mouseClick( pToggle, Qt::LeftButton );
+	EXPECT_EQ( pToggle->text(), "Connect" );
+	EXPECT_EQ( m_pHost->Connections().At( 0 )->GetState(), 0 );
+	QTest::mouseClick( pToggle, Qt::LeftButton );
+	ASSERT_TRUE( WaitUntilConnected() );
+	QTest::mouseClick( Child<QPushButton>( "RemoveButton" ), Qt::LeftButton );
+	EXPECT_EQ( m_pHost->Connections().Count(), 0 );
+	EXPECT_FALSE( pToggle->isEnabled() );
+	EXPECT_EQ( m_pRecord->m_Calls.back(), "ConnectionEnded first" );
+}
+
+TEST_F( TesselHost, GivesSubToolsTheSelectedConnection )
+{
+	m_Options.m_Connect = { m_Peer.Address(), m_OtherPeer.Address() };
+	Start();
+	EXPECT_EQ( m_pHost->GetCurrentConnection(), m_pHost->Connections().At( 0 ) ) << "the first one asked for";
+	ASSERT_TRUE( WaitUntilConnected( 0 ) );
+	ASSERT_TRUE( WaitUntilConnected( 1 ) );
+	SubToolAction()->trigger();
+	EXPECT_NE( FindWindow( "Show Budget - first" ), nullptr );
+	m_pHost->Connections().SetCurrent( m_pHost->Connections().At( 1 ) );
+	SubToolAction()->trigger();
+	EXPECT_NE( FindWindow( "Show Budget - second" ), nullptr );
+	m_Peer.SendChunk( wire::FourCC( "PCPU" ), "sample" );
+	EXPECT_TRUE( WaitFor( [this]() { return m_pRecord->m_nSamples == 1; } ) );
+}
+
+TEST_F( TesselHost, EnablesSubToolsOnlyWhileThereIsAConnection )
+{
+	Start();
+	ASSERT_NE( SubToolAction(), nullptr );
+	EXPECT_FALSE( SubToolAction()->isEnabled() );
+	EXPECT_EQ( m_pHost->GetCurrentConnection(), nullptr );
+	m_pHost->Connections().Add( m_Peer.Address() );
+	EXPECT_TRUE( SubToolAction()->isEnabled() ) << "its window may be opened before the engine answers";
+	m_pHost->Connections().RemoveAll();
+	EXPECT_FALSE( SubToolAction()->isEnabled() );
+}
+
+TEST_F( TesselHost, OpensWhatTheCommandLineWantsForTheFirstConnectionThatIsUp )
+{
+	CTestPeer silent;
+	m_Options.m_Connect = { silent.Address(), m_Peer.Address() };
+	m_Options.m_Open = QStringList( "show budget" );
+	Start();
+	ASSERT_TRUE( WaitUntilConnected( 1 ) );
+	EXPECT_NE( FindWindow( "Show Budget - first" ), nullptr );
+	EXPECT_EQ( m_pHost->Connections().Current(), m_pHost->Connections().At( 1 ) );
+	m_Peer.Reset();
+	ASSERT_TRUE( WaitFor( [this]() { return m_Peer.Accepted() == 2; } ) );
+	ASSERT_TRUE( WaitUntilConnected( 1 ) );
+	EXPECT_EQ( std::count( m_pRecord->m_Calls.begin(), m_pRecord->m_Calls.end(), "Open" ), 1 );
+}
+
+TEST_F( TesselHost, RefusesToOpenASubToolThatThereIsNot )
+{
+	m_Options.m_Open = QStringList( "Show Nothing" );
+	CTesselHost host( m_Options );
+	QString error;
+	EXPECT_FALSE( host.Start( error ) );
+	EXPECT_EQ( error, "there is no sub-tool \"Show Nothing\" (loaded: \"Show Budget\")" );
+	host.ShutDown();
+	EXPECT_FALSE( QFile::exists( m_Options.m_SettingsFile ) ) << "a run that never began saves nothing";
+}
+
+TEST_F( TesselHost, TellsSubToolsWhenALinkComesAndGoesAndKeepsTheirConnection )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	ITesselConnection *pConnection = m_pHost->GetCurrentConnection();
+	m_pRecord->m_Calls.clear();
+	m_Peer.Reset();
+	ASSERT_TRUE( WaitFor( [this]() { return m_Peer.Accepted() == 2; } ) );
+	ASSERT_TRUE( WaitUntilConnected() );
+	EXPECT_THAT( m_pRecord->m_Calls, ElementsAre( "ConnectionStateChanged 1", "ConnectionStateChanged 3" ) );
+	EXPECT_EQ( m_pHost->GetCurrentConnection(), pConnection );
+}
+
+TEST_F( TesselHost, ShutsDownInASafeOrderAndOnlyOnce )
+{
+	m_Options.m_Connect = { m_Peer.Address(), m_OtherPeer.Address() };
+	m_Options.m_Open = QStringList( "Show Budget" );
+	Start();
+	ASSERT_TRUE( WaitUntilConnected( 0 ) );
+	ASSERT_TRUE( WaitUntilConnected( 1 ) );
+	m_pRecord->m_Calls.clear();
+	m_pHost->ShutDown();
+	m_pHost->ShutDown();
+	EXPECT_THAT( m_pRecord->m_Calls,
+		ElementsAre( "SaveSettings", "ConnectionEnded second", "ConnectionEnded first", "ShutDown", "Disconnect" ) );
+	KeyValues saved( "x" );
+	ASSERT_EQ( saved.LoadFromFile( m_Options.m_SettingsFile.toUtf8().constData() ), KeyValues::LoadResult::Loaded );
+	EXPECT_EQ( saved.FindKey( "sub_tools" )->FindKey( "Tessel_SubTool_001_ShowBudgetTool" )->GetInt( "number" ), 1 );
+}
+
+TEST_F( TesselHost, SendsCommandsToTheCurrentEngineAndShowsThem )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	QTest::keyClicks( Child<QLineEdit>( "ConsoleCommand" ), "bodies 500" );
+	QTest::keyClick( Child<QLineEdit>( "ConsoleCommand" ), Qt::Key_Return );
+	const QByteArray expected = ChunkBytes( wire::FourCC( "CMND" ), "bodies 500" );
+	EXPECT_TRUE( WaitFor( [&]() { return m_Peer.Received().endsWith( expected ); } ) );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "> bodies 500" ) );
+}
+
+TEST_F( TesselHost, RefusesACommandThatIsTooLongWithALine )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	emit m_pHost->Window().Console().CommandEntered( QString( 4097, 'x' ) );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "it is 4097 bytes long, the limit is 4096" ) );
+	emit m_pHost->Window().Console().CommandEntered( QString( 4096, 'y' ) );
+	const QByteArray expected = ChunkBytes( wire::FourCC( "CMND" ), QByteArray( 4096, 'y' ) );
+	ASSERT_TRUE( WaitFor( [&]() { return m_Peer.Received().endsWith( expected ); } ) );
+	EXPECT_FALSE( m_Peer.Received().contains( 'x' ) );
+}
+
+TEST_F( TesselHost, SaysThatACommandGoesNowhereWithoutAnEngine )
+{
+	Start();
+	emit m_pHost->Window().Console().CommandEntered( "lost" );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "the command is not sent" ) );
+}
+
+TEST_F( TesselHost, ShowsLinesOfEnginesUnderTheirNames )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	m_Peer.SendChunk( wire::FourCC( "PRNT" ), BigEndian32( 2 ) + "it broke\n" );
+	ASSERT_TRUE( WaitFor( [this]() { return ConsoleText().contains( "it broke" ); } ) );
+	const ConsoleLine &line = m_pHost->Console().Line( m_pHost->Console().rowCount() - 1 );
+	EXPECT_EQ( line.m_Source, "first" );
+	EXPECT_EQ( line.m_Severity, LoggingSeverity::Error );
+}
+
+TEST_F( TesselHost, GoesOnWithoutAModuleThatCannotBeLoadedAndSaysSo )
+{
+	m_Options.m_Plugins = QStringList( { "/no/such/libx_subtool.so", GoodPlugin() } );
+	Start();
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "cannot load /no/such/libx_subtool.so" ) );
+	EXPECT_NE( SubToolAction(), nullptr );
+}
+
+TEST_F( TesselHost, SwitchesAndRemembersTheStyle )
+{
+	Start();
+	EXPECT_FALSE( m_pHost->IsDarkStyle() );
+	emit m_pHost->Window().StyleChosen( StyleChoice::Dark );
+	EXPECT_TRUE( m_pHost->IsDarkStyle() );
+	m_pHost.reset();
+	ApplyStyle( StyleChoice::Light );
+	Start();
+	EXPECT_TRUE( m_pHost->IsDarkStyle() );
+	m_pHost.reset();
+	m_Options.m_Style = StyleChoice::Light;
+	Start();
+	EXPECT_FALSE( m_pHost->IsDarkStyle() ) << "the command line decides for this run";
+}
+
+TEST_F( TesselHost, GivesAUIScaleThatIsMoreThanZero )
+{
+	Start();
+	EXPECT_GT( m_pHost->GetUIScale(), 0.0f );
+}
+
+TEST_F( TesselHost, PutsTextOfThePlatformLibraryOnTheClipboard )
+{
+	Start();
+	Plat_SetClipboardText( "gr\xc3\xbc\xc3\x9f" );
+	EXPECT_EQ( QApplication::clipboard()->text(), QString::fromUtf8( "gr\xc3\xbc\xc3\x9f" ) );
+	m_pHost.reset();
+	Plat_SetClipboardText( "nobody" );
+	EXPECT_NE( QApplication::clipboard()->text(), "nobody" );
+}
+
+TEST_F( TesselHost, AsksToEndWhenItsWindowIsClosed )
+{
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	m_pHost->Window().close();
+	ASSERT_EQ( finished.count(), 1 );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
+}
+
+TEST_F( TesselHost, WritesAPictureOfTheBudgetWindowSomeTimeAfterTheConnect )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "budget.png" );
+	m_Options.m_flScreenshotAfter = 0.05;
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	ASSERT_TRUE( WaitFor( [&]() { return finished.count() > 0; } ) );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
+	const QWidget *pWindow = FindWindow( "Show Budget - first" );
+	ASSERT_NE( pWindow, nullptr );
+	EXPECT_EQ( QImage( m_Options.m_ScreenshotFile ).size(), pWindow->size() * pWindow->devicePixelRatioF() );
+}
+
+TEST_F( TesselHost, WritesAPictureOfTheConsoleWithoutAnyConnection )
+{
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "console.png" );
+	m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
+	m_Options.m_flScreenshotAfter = 0.0;
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	ASSERT_TRUE( WaitFor( [&]() { return finished.count() > 0; } ) );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
+	EXPECT_EQ(
+		QImage( m_Options.m_ScreenshotFile ).size(), m_pHost->Window().size() * m_pHost->Window().devicePixelRatioF() );
+}
+
+TEST( Screenshot, FailsWithALineWhenNothingConnectsInTime )
+{
+	CScreenshot screenshot( "/tmp/never.png", 0.0, []() -> QWidget * { return nullptr; } );
+	QSignalSpy failed( &screenshot, &CScreenshot::Failed );
+	screenshot.Wait( 10 );
+	ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
+	EXPECT_EQ( failed[0][0].toString(), "no picture: nothing was connected within 0.01 s" );
+}
+
+TEST( Screenshot, FailsWithALineWhenThereIsNoWindowOrNoPlaceToWriteTo )
+{
+	QWidget window;
+	QWidget *pWindow = nullptr;
+	for ( const char *pComplaint : { "the window was not opened", "cannot write /no/such/folder/a.png" } )
+	{
+		CScreenshot screenshot( "/no/such/folder/a.png", 0.0, [&]() { return pWindow; } );
+		QSignalSpy failed( &screenshot, &CScreenshot::Failed );
+		screenshot.Begin();
+		ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
+		EXPECT_THAT( failed[0][0].toString().toStdString(), HasSubstr( pComplaint ) );
+		pWindow = &window;
+	}
+}
+
+class DemoProcess : public testing::Test
+{
+protected:
+	DemoProcess()
+		: m_Demo( "/bin/sh" )
+	{
+		QObject::connect( &m_Demo, &CDemoProcess::Printed, &m_Demo,
+			[this]( LoggingSeverity, const QString &line ) { m_Lines += line; } );
+		QObject::connect( &m_Demo, &CDemoProcess::Listening, &m_Demo,
+			[this]( const TargetAddress &address ) { m_Addresses.push_back( address ); } );
+	}
+	CDemoProcess m_Demo;
+	QStringList m_Lines;
+	std::vector<TargetAddress> m_Addresses;
+};
+
+TEST_F( DemoProcess, TellsWhereTheChildListens )
+{
+	m_Demo.Start( { "-c", "echo hello; echo 'listening on 127.0.0.1:4321'; echo 'listening on 1.1.1.1:1'; exec cat" } );
+	ASSERT_TRUE( WaitFor( [this]() { return !m_Addresses.empty() && m_Lines.size() >= 2; } ) );
+	EXPECT_THAT( m_Addresses, ElementsAre( TargetAddress{ "127.0.0.1", 4321 } ) );
+	EXPECT_THAT( m_Lines, ElementsAre( "hello", "listening on 1.1.1.1:1" ) );
+}
+
+TEST_F( DemoProcess, FailsWithALineWhenTheChildEndsOrDoesNotStart )
+{
+	QSignalSpy failed( &m_Demo, &CDemoProcess::Failed );
+	m_Demo.Start( { "-c", "exit 3" } );
+	ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
+	EXPECT_THAT( failed[0][0].toString().toStdString(), HasSubstr( "/bin/sh ended with status 3" ) );
+	CDemoProcess absent( "/no/such/engine" );
+	QSignalSpy absentFailed( &absent, &CDemoProcess::Failed );
+	absent.Start();
+	ASSERT_TRUE( WaitFor( [&]() { return absentFailed.count() > 0; } ) );
+	EXPECT_THAT( absentFailed[0][0].toString().toStdString(), HasSubstr( "cannot start /no/such/engine" ) );
+}
+
+TEST( DemoProcessEnd, EndsTheChildWithTheObject )
+{
+	qint64 nProcessId = 0;
+	{
+		CDemoProcess demo( "/bin/sh" );
+		bool bListening = false;
+		QObject::connect( &demo, &CDemoProcess::Listening, &demo, [&bListening]() { bListening = true; } );
+		demo.Start( { "-c", "echo 'listening on 127.0.0.1:4321'; exec cat" } );
+		ASSERT_TRUE( WaitFor( [&bListening]() { return bListening; } ) );
+		nProcessId = demo.ProcessId();
+		ASSERT_GT( nProcessId, 0 );
+		EXPECT_EQ( kill( static_cast<pid_t>( nProcessId ), 0 ), 0 );
+	}
+	EXPECT_NE( kill( static_cast<pid_t>( nProcessId ), 0 ), 0 );
+}
+
+TEST( SignalWatcher, MakesAnEventOfASignal )
+{
+	CSignalWatcher watcher;
+	QSignalSpy stopped( &watcher, &CSignalWatcher::Stopped );
+	raise( SIGTERM );
+	raise( SIGINT );
+	ASSERT_TRUE( WaitFor( [&]() { return stopped.count() == 2; } ) );
+	EXPECT_EQ( stopped[0][0].toInt(), SIGTERM );
+	EXPECT_EQ( stopped[1][0].toInt(), SIGINT );
+}
+
+class Images : public testing::TestWithParam<const char *>
+{
+};
+
+double Lightness( QRgb nColour )
+{
+	return ( 0.2126 * qRed( nColour ) + 0.7152 * qGreen( nColour ) + 0.0722 * qBlue( nColour ) ) / 255.0;
+}
+
+TEST_P( Images, AreThereInTwoSizesAndShowOnDarkAndLightBackgrounds )
+{
+	RegisterImages();
+	const QString path = QString( "game:tools/images/%1.png" ).arg( GetParam() );
+	const QString largePath = QString( "game:tools/images/%1@2x.png" ).arg( GetParam() );
+	const QImage image = QImage( path ).convertToFormat( QImage::Format_ARGB32 );
+	EXPECT_EQ( image.size(), QSize( 24, 24 ) );
+	QImageReader largeReader( largePath );
+	EXPECT_EQ( largeReader.size(), QSize( 48, 48 ) );
+	int nSolid = 0;
+	int nOnDark = 0;
+	int nOnLight = 0;
+	for ( int y = 0; y < image.height(); y++ )
+	{
+		for ( int x = 0; x < image.width(); x++ )
+		{
+			const QRgb nPixel = image.pixel( x, y );
+			if ( qAlpha( nPixel ) < 200 )
+				continue;
+			nSolid++;
+			nOnDark += Lightness( nPixel ) - Lightness( DarkPalette().color( QPalette::Window ).rgb() ) > 0.15 ? 1 : 0;
+			nOnLight +=
+				Lightness( LightPalette().color( QPalette::Window ).rgb() ) - Lightness( nPixel ) > 0.15 ? 1 : 0;
+		}
+	}
+	EXPECT_GT( nSolid, 40 );
+	EXPECT_LT( nSolid, 24 * 24 ) << "the background shows through";
+	EXPECT_GT( nOnDark * 2, nSolid );
+	EXPECT_GT( nOnLight * 2, nSolid );
+}
+
+INSTANTIATE_TEST_SUITE_P(, Images,
+	testing::Values( "showbudgettool/start", "showbudgettool/stop", "showbudgettool/tick",
+		"showbudgettool/microprofiler", "showbudgettool/showbudget", "tessel/flamegraph", "common/control_pause",
+		"common/control_ff", "common/repeat_multiple", "/common/open", "/common/save", "/common/control_record",
+		"/common/control_stop" ) );
+
+TEST( ProgramImage, IsThere )
+{
+	RegisterImages();
+	EXPECT_EQ( QImage( "game:tools/images/tessel/tessel.png" ).size(), QSize( 24, 24 ) );
+}
+} // namespace
