@@ -3,7 +3,9 @@
 
 #include <QContextMenuEvent>
 #include <QDockWidget>
+#include <QKeyEvent>
 #include <QMenu>
+#include <QScreen>
 #include <QStatusBar>
 
 #include "keel0/memalloc.h"
@@ -55,6 +57,8 @@ CQBudgetWidget::CQBudgetWidget( ITesselConnection &connection, IBudgetWindowOwne
 	CreateMenusAndToolBar();
 	OnClearSamples();
 	RegisterReceivers();
+	// Said outright, because the toolkit would take two thirds of the screen at most.
+	resize( sizeHint().boundedTo( screen()->availableSize() ) );
 }
 
 CQBudgetWidget::~CQBudgetWidget()
@@ -288,6 +292,13 @@ void CQBudgetWidget::closeEvent( QCloseEvent *pEvent )
 	for ( QDockWidget *pDock : { m_pHistoryDock, m_pMiniProfilerDock, m_pPlayerDock } )
 		pDock->close();
 	pEvent->accept();
+}
+
+// What no child took: stepping through the samples works wherever the focus is.
+void CQBudgetWidget::keyPressEvent( QKeyEvent *pEvent )
+{
+	if ( !m_pHistoryView->HandleKey( *pEvent ) )
+		QMainWindow::keyPressEvent( pEvent );
 }
 
 void CQBudgetWidget::contextMenuEvent( QContextMenuEvent *pEvent )

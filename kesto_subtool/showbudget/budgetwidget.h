@@ -78,6 +78,7 @@ public slots:
 protected:
 	void showEvent( QShowEvent *pEvent ) override;
 	void closeEvent( QCloseEvent *pEvent ) override;
+	void keyPressEvent( QKeyEvent *pEvent ) override;
 	void contextMenuEvent( QContextMenuEvent *pEvent ) override;
 
 private:
