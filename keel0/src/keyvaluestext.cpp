@@ -102,7 +102,7 @@ bool CKeyValuesReader::SkipBlanksAndComments()
 			return Fail( m_Position, "the byte 0 cannot stand in a text" );
 		if ( Current() == '\n' )
 			bInComment = false;
-		else if ( m_Text.substr( m_nAt, 2 ) == "//" )
+		else if ( Current() == '/' && m_Text.substr( m_nAt, 2 ) == "//" )
 			bInComment = true;
 		if ( !bInComment && !IsBlank( Current() ) )
 			return true;
