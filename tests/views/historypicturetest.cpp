@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QPainter>
 #include <functional>
+#include <malloc.h>
 #include <random>
 
 #include "views/budgethistorybarswidget.h"
@@ -158,6 +159,26 @@ TEST_P( CHistoryPicture, IsRightAfterAnyOptionChanged )
 		Change();
 		ExpectSameAsNew( pName );
 	}
+}
+
+TEST_P( CHistoryPicture, KeepsTheMemoryWhereItIs )
+{
+#if defined( __SANITIZE_ADDRESS__ ) || ( defined( __has_feature ) && __has_feature( address_sanitizer ) )
+	GTEST_SKIP() << "the sanitizer's allocator keeps what was freed";
+#endif
+	const auto Run = [&]( int nRepaints )
+	{
+		QImage image( m_Panel.size(), QImage::Format_RGB32 );
+		for ( int i = 0; i < nRepaints; i++ )
+		{
+			Add( 1 );
+			m_Panel.render( &image, QPoint(), QRegion(), QWidget::DrawChildren );
+		}
+	};
+	Run( 300 );
+	const size_t nBefore = mallinfo2().uordblks;
+	Run( 1000 );
+	EXPECT_LE( mallinfo2().uordblks, nBefore + 16384 );
 }
 
 INSTANTIATE_TEST_SUITE_P( AtScale, CHistoryPicture, testing::Values( 1.0f, 2.0f ) );
