@@ -68,7 +68,7 @@ void CDemoProcess::OnErrorOutput()
 {
 	const QString text = QString::fromUtf8( m_Process.readAllStandardError() ).trimmed();
 	if ( !text.isEmpty() )
-		emit Printed( LoggingSeverity::Warning, text );
+		emit Printed( LoggingSeverity::Message, text ); // engines log there; it need not be trouble
 }
 
 void CDemoProcess::OnLine( const QString &line )

@@ -38,6 +38,9 @@ void OnQtMessage( QtMsgType type, const QMessageLogContext &, const QString &tex
 {
 	if ( type == QtFatalMsg )
 		std::fprintf( stderr, "tessel: Qt: %s\n", qUtf8Printable( text ) ); // the process ends with this call
+	// The platform without a screen says that it has no windows to move.
+	if ( text.startsWith( QLatin1String( "This plugin does not support" ) ) )
+		return;
 	const bool bWarning = type != QtDebugMsg && type != QtInfoMsg;
 	g_pLog->Add( bWarning ? LoggingSeverity::Warning : LoggingSeverity::Message, QStringLiteral( "Qt" ), text );
 }

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QScreen>
 
 #include <cstdio>
 #include <cstring>
@@ -12,6 +13,20 @@
 #include "keel0/logging.h"
 #include "keel0/memalloc.h"
 #include "targetconnection.h"
+
+namespace
+{
+constexpr double FIRST_WINDOW_SHARE = 0.7; // of the screen
+
+// A sub-tool's windows are its own; the host knows them by their title, which begins with the sub-tool's.
+QWidget *FindSubToolWindow( const QLatin1String &title )
+{
+	for ( QWidget *pWidget : QApplication::topLevelWidgets() )
+		if ( pWidget->isVisible() && pWidget->windowTitle().startsWith( title ) )
+			return pWidget;
+	return nullptr;
+}
+} // namespace
 
 CTesselHost::CTesselHost( const CommandLineOptions &options )
 	: m_Options( options )
@@ -127,10 +142,7 @@ void CTesselHost::StartScreenshot()
 		m_pLog->Flush();
 		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Console )
 			return m_pWindow.get();
-		for ( QWidget *pWidget : QApplication::topLevelWidgets() )
-			if ( pWidget->isVisible() && pWidget->windowTitle().startsWith( QLatin1String( "Show Budget" ) ) )
-				return pWidget;
-		return nullptr;
+		return FindSubToolWindow( QLatin1String( "Show Budget" ) );
 	};
 	m_pScreenshot = std::make_unique<CScreenshot>( m_Options.m_ScreenshotFile, m_Options.m_flScreenshotAfter,
 		m_Options.m_ScreenshotSize * static_cast<double>( GetUIScale() ), findWindow );
@@ -160,6 +172,19 @@ void CTesselHost::OnOpenRequested( const SubTool *pTool )
 	if ( !pTool->m_pTool->Open() )
 		Report( LoggingSeverity::Warning, QString(),
 			tr( "%1 needs a connection: connect to an engine first" ).arg( pTool->m_Known.m_pTitle ) );
+	else
+		GiveRoomTheFirstTime( pTool );
+}
+
+// A sub-tool that has kept nothing yet opens as small as its parts allow. Later it knows what the user made of it.
+void CTesselHost::GiveRoomTheFirstTime( const SubTool *pTool )
+{
+	const char *pInterface = pTool->m_Known.m_pInterface;
+	if ( m_SubToolsWithSize.contains( pInterface ) || m_Settings.SubTools().FindKey( pInterface ) )
+		return;
+	m_SubToolsWithSize += pInterface;
+	if ( QWidget *pWindow = FindSubToolWindow( QLatin1String( pTool->m_Known.m_pTitle ) ) )
+		pWindow->resize( pWindow->size().expandedTo( pWindow->screen()->availableSize() * FIRST_WINDOW_SHARE ) );
 }
 
 void CTesselHost::OnStyleChosen( StyleChoice choice )

@@ -62,13 +62,15 @@ private:
 	void StartScreenshot();
 	void Report( LoggingSeverity severity, const QString &source, const QString &text );
 	void OnOpenRequested( const SubTool *pTool );
+	void GiveRoomTheFirstTime( const SubTool *pTool );
 	void OnStyleChosen( StyleChoice choice );
 	void OnLinkChanged( CTargetConnection *pConnection );
 	void OnConnectRequested( const TargetAddress &address );
 	void OnCommandEntered( const QString &command );
 
 	CommandLineOptions m_Options;
-	QStringList m_SubToolsToOpen; // not opened yet
+	QStringList m_SubToolsToOpen;   // not opened yet
+	QStringList m_SubToolsWithSize; // interfaces whose windows were given their first size
 	CPlatformHooks m_PlatformHooks;
 	CConsoleModel m_ConsoleModel;
 	std::unique_ptr<CConsoleLog> m_pLog;

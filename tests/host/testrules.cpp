@@ -223,8 +223,8 @@ TEST( CommandLine, TakesEveryOption )
 	QTemporaryDir folder;
 	const QString picture = folder.filePath( "shot.png" );
 	const CommandLineResult result = Parse( { "--connect", "a:1", "--connect=b", "--open", "Show Budget", "--demo",
-		"--screenshot", picture, "--after", "1.5", "--what", "console", "--settings", "s.txt", "--plugin", "x.so",
-		"--plugin", "y.so", "--style", "light" } );
+		"--screenshot", picture, "--after", "1.5", "--what", "console", "--size", "800x600", "--settings", "s.txt",
+		"--plugin", "x.so", "--plugin", "y.so", "--style", "light" } );
 	ASSERT_EQ( result.m_Kind, CommandLineResult::Kind::Run ) << result.m_Text.toStdString();
 	const CommandLineOptions &options = result.m_Options;
 	ASSERT_EQ( options.m_Connect.size(), 2u );
@@ -235,6 +235,7 @@ TEST( CommandLine, TakesEveryOption )
 	EXPECT_EQ( options.m_ScreenshotFile, picture );
 	EXPECT_EQ( options.m_flScreenshotAfter, 1.5 );
 	EXPECT_EQ( options.m_ScreenshotSubject, ScreenshotSubject::Console );
+	EXPECT_EQ( options.m_ScreenshotSize, QSize( 800, 600 ) );
 	EXPECT_EQ( options.m_SettingsFile, "s.txt" );
 	EXPECT_EQ( options.m_Plugins, QStringList( { "x.so", "y.so" } ) );
 	EXPECT_EQ( options.m_Style, StyleChoice::Light );
@@ -257,8 +258,8 @@ TEST( CommandLine, PrintsHelpThatNamesEveryOptionAndTheVersion )
 	{
 		const CommandLineResult help = Parse( { pOption } );
 		ASSERT_EQ( help.m_Kind, CommandLineResult::Kind::Print );
-		for ( const char *pName : { "--connect", "--open", "--demo", "--screenshot", "--after", "--what", "--settings",
-				  "--plugin", "--style", "--help", "--version" } )
+		for ( const char *pName : { "--connect", "--open", "--demo", "--screenshot", "--after", "--what", "--size",
+				  "--settings", "--plugin", "--style", "--help", "--version" } )
 			EXPECT_THAT( help.m_Text.toStdString(), HasSubstr( pName ) );
 	}
 	const CommandLineResult version = Parse( { "--version" } );
@@ -301,5 +302,9 @@ INSTANTIATE_TEST_SUITE_P(, WrongLines,
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "soon" }, "--after: \"soon\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "-1" }, "--after: \"-1\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "nan" }, "--after: \"nan\"" },
+		WrongLine{ { "--size", "800x600" }, "need --screenshot" },
+		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "800" }, "--size: \"800\"" },
+		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "99x100" }, "--size: \"99x100\"" },
+		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "100x8193" }, "--size: \"100x8193\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--what", "all" }, "--what: \"all\" is none of" } ) );
 } // namespace

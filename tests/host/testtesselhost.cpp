@@ -12,6 +12,7 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -209,6 +210,28 @@ TEST_F( TesselHost, OpensWhatTheCommandLineWantsForTheFirstConnectionThatIsUp )
 	EXPECT_EQ( std::count( m_pRecord->m_Calls.begin(), m_pRecord->m_Calls.end(), "Open" ), 1 );
 }
 
+TEST_F( TesselHost, GivesAWindowRoomTheFirstTimeAndLeavesItAloneLater )
+{
+	m_Options.m_Connect = { m_Peer.Address() };
+	m_Options.m_Open = QStringList( "Show Budget" );
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	QWidget *pWindow = FindWindow( "Show Budget - first" );
+	ASSERT_NE( pWindow, nullptr );
+	const QSize screen = pWindow->screen()->availableSize();
+	EXPECT_GE( pWindow->width(), screen.width() / 2 );
+	EXPECT_GE( pWindow->height(), screen.height() / 2 );
+	EXPECT_LT( pWindow->width(), screen.width() );
+	EXPECT_LT( pWindow->height(), screen.height() );
+	pWindow->resize( 123, 45 );
+	SubToolAction()->trigger();
+	EXPECT_EQ( pWindow->size(), QSize( 123, 45 ) ) << "the user made it that small";
+	m_pHost.reset();
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	EXPECT_LT( FindWindow( "Show Budget - first" )->width(), screen.width() / 2 ) << "the sub-tool knows its size now";
+}
+
 TEST_F( TesselHost, RefusesToOpenASubToolThatThereIsNot )
 {
 	m_Options.m_Open = QStringList( "Show Nothing" );
@@ -349,12 +372,14 @@ TEST_F( TesselHost, WritesAPictureOfTheBudgetWindowSomeTimeAfterTheConnect )
 	m_Options.m_Connect = { m_Peer.Address() };
 	m_Options.m_ScreenshotFile = m_Folder.filePath( "budget.png" );
 	m_Options.m_flScreenshotAfter = 0.05;
+	m_Options.m_ScreenshotSize = QSize( 640, 480 );
 	Start();
 	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
 	ASSERT_TRUE( WaitFor( [&]() { return finished.count() > 0; } ) );
 	EXPECT_EQ( finished[0][0].toInt(), 0 );
 	const QWidget *pWindow = FindWindow( "Show Budget - first" );
 	ASSERT_NE( pWindow, nullptr );
+	EXPECT_EQ( pWindow->size(), QSize( 640, 480 ) * static_cast<double>( m_pHost->GetUIScale() ) );
 	EXPECT_EQ( QImage( m_Options.m_ScreenshotFile ).size(), pWindow->size() * pWindow->devicePixelRatioF() );
 }
 
@@ -373,7 +398,7 @@ TEST_F( TesselHost, WritesAPictureOfTheConsoleWithoutAnyConnection )
 
 TEST( Screenshot, FailsWithALineWhenNothingConnectsInTime )
 {
-	CScreenshot screenshot( "/tmp/never.png", 0.0, []() -> QWidget * { return nullptr; } );
+	CScreenshot screenshot( "/tmp/never.png", 0.0, QSize( 300, 200 ), []() -> QWidget * { return nullptr; } );
 	QSignalSpy failed( &screenshot, &CScreenshot::Failed );
 	screenshot.Wait( 10 );
 	ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
@@ -386,7 +411,7 @@ TEST( Screenshot, FailsWithALineWhenThereIsNoWindowOrNoPlaceToWriteTo )
 	QWidget *pWindow = nullptr;
 	for ( const char *pComplaint : { "the window was not opened", "cannot write /no/such/folder/a.png" } )
 	{
-		CScreenshot screenshot( "/no/such/folder/a.png", 0.0, [&]() { return pWindow; } );
+		CScreenshot screenshot( "/no/such/folder/a.png", 0.0, QSize( 300, 200 ), [&]() { return pWindow; } );
 		QSignalSpy failed( &screenshot, &CScreenshot::Failed );
 		screenshot.Begin();
 		ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
