@@ -14,9 +14,12 @@ set( CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin" )
 set( CMAKE_BUILD_RPATH_USE_ORIGIN ON )
 set( SHOWBUDGET_PLUGIN_DIR "${CMAKE_BINARY_DIR}/bin/subtools" )
 
+# The sloppiness lets ccache keep what was compiled with a precompiled header.
 find_program( CCACHE_PROGRAM ccache )
 if( CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER )
-	set( CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}" )
+	set( CMAKE_CXX_COMPILER_LAUNCHER
+		"${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${CCACHE_PROGRAM}"
+	)
 endif()
 
 set( showbudgetWarnings -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual )
