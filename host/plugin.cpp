@@ -1,21 +1,11 @@
 #include "plugin.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
 
 #include <array>
 
 namespace
 {
-constexpr int PROPERTY_MODULE_NAME = 3;
-constexpr uint32_t PROPERTY_KIND_STRING = 0;
-
-struct BinaryProperty
-{
-	intptr_t m_nValue;
-	uint32_t m_nKind;
-};
-using GetPropertyFn = int ( * )( int nKey, BinaryProperty *pProperty );
 using InstallSchemaBindingsFn = bool ( * )( const char *pName, ISchemaSystem *pSchemaSystem );
 
 QString Tr( const char *pText )
@@ -61,7 +51,6 @@ std::unique_ptr<CPlugin> CPlugin::Load(
 		error = Tr( "cannot use %1: it does not export CreateInterface" ).arg( path );
 		return nullptr;
 	}
-	pPlugin->m_ModuleName = pPlugin->ReadModuleName();
 	if ( !pPlugin->FindSubTools( pFactory, knownSubTools, error ) )
 		return nullptr;
 	return pPlugin;
@@ -85,16 +74,6 @@ bool CPlugin::FindSubTools( CreateInterfaceFn pFactory, std::span<const KnownSub
 	if ( m_SubTools.empty() )
 		error = Tr( "cannot use %1: it offers no sub-tool that this console knows" ).arg( Path() );
 	return !m_SubTools.empty();
-}
-
-QString CPlugin::ReadModuleName()
-{
-	const auto pGetProperty = reinterpret_cast<GetPropertyFn>( m_Library.resolve( "BinaryProperties_GetValue" ) );
-	BinaryProperty property{ 0, ~0u };
-	if ( pGetProperty && pGetProperty( PROPERTY_MODULE_NAME, &property ) != 0 &&
-		 property.m_nKind == PROPERTY_KIND_STRING && property.m_nValue != 0 )
-		return QString::fromUtf8( reinterpret_cast<const char *>( property.m_nValue ) );
-	return QFileInfo( Path() ).fileName();
 }
 
 bool CPlugin::InstallSchemaBindings( const char *pName, ISchemaSystem *pSchemaSystem )

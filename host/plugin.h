@@ -48,7 +48,6 @@ public:
 	CPlugin &operator=( const CPlugin & ) = delete;
 
 	QString Path() const { return m_Library.fileName(); }
-	const QString &ModuleName() const { return m_ModuleName; } // its own name for itself, else the file's name
 	std::vector<SubTool> &SubTools() { return m_SubTools; }
 
 	// Hands the schema system to the module if it wants one. False when the module refused it.
@@ -57,9 +56,7 @@ public:
 private:
 	explicit CPlugin( const QString &path );
 	bool FindSubTools( CreateInterfaceFn pFactory, std::span<const KnownSubTool> knownSubTools, QString &error );
-	QString ReadModuleName();
 
 	QLibrary m_Library;
-	QString m_ModuleName;
 	std::vector<SubTool> m_SubTools;
 };
