@@ -16,6 +16,19 @@ namespace
 class Program : public testing::Test
 {
 protected:
+	Program()
+	{
+		// For a build with sanitizers: whole stacks, by which allocations of the platform's start-up are known.
+		m_Environment.insert( "ASAN_OPTIONS", "fast_unwind_on_malloc=0" );
+		m_Process.setProcessEnvironment( m_Environment );
+	}
+	void HideDisplay()
+	{
+		for ( const char *pName : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" } )
+			m_Environment.remove( pName );
+		m_Process.setProcessEnvironment( m_Environment );
+	}
+
 	bool Run( const QStringList &arguments )
 	{
 		m_Process.start( TESSEL_PROGRAM, arguments );
@@ -29,6 +42,7 @@ protected:
 	std::string ErrorOutput() { return m_Process.readAllStandardError().toStdString(); }
 
 	QTemporaryDir m_Folder;
+	QProcessEnvironment m_Environment = QProcessEnvironment::systemEnvironment();
 	QProcess m_Process;
 };
 
@@ -61,10 +75,7 @@ TEST_F( Program, EndsWithStatus2ForASubToolThatThereIsNot )
 
 TEST_F( Program, EndsWithStatus1AndALineWithoutADisplay )
 {
-	QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-	for ( const char *pName : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" } )
-		environment.remove( pName );
-	m_Process.setProcessEnvironment( environment );
+	HideDisplay();
 	ASSERT_TRUE( Run( {} ) );
 	EXPECT_EQ( m_Process.exitCode(), 1 );
 	EXPECT_THAT( ErrorOutput(), HasSubstr( "tessel: there is no display" ) );
@@ -72,10 +83,7 @@ TEST_F( Program, EndsWithStatus1AndALineWithoutADisplay )
 
 TEST_F( Program, TakesAPictureWithoutADisplay )
 {
-	QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-	for ( const char *pName : { "DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM" } )
-		environment.remove( pName );
-	m_Process.setProcessEnvironment( environment );
+	HideDisplay();
 	const QString picture = m_Folder.filePath( "console.png" );
 	ASSERT_TRUE( Run(
 		{ "--screenshot", picture, "--what", "console", "--after", "0", "--settings", m_Folder.filePath( "s" ) } ) );
