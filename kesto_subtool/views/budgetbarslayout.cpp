@@ -1,8 +1,10 @@
 #include "views/budgetbarslayout.h"
 
 #include <algorithm>
+#include <string>
 
 #include "views/budgetscale.h"
+#include "views/fixeddecimals.h"
 
 namespace
 {
@@ -35,7 +37,9 @@ void LayoutPeak( BudgetBarRow &row, uint32_t nPeak, int nLength, const QRect &bo
 	if ( flMilliseconds >= 0.01f )
 	{
 		row.m_PeakBox = QRect( QPoint( nLength, box.top() ), box.bottomRight() );
-		row.m_PeakText = QString::asprintf( "  %.2f", double{ flMilliseconds } );
+		std::string text = "  ";
+		AppendDecimals( text, flMilliseconds, 0, 2 );
+		row.m_PeakText = QString::fromLatin1( text.data(), static_cast<int>( text.size() ) );
 	}
 }
 } // namespace

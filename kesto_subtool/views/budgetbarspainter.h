@@ -7,7 +7,7 @@
 #include "views/budgetbarslayout.h"
 #include "views/budgetviewstyle.h"
 
-class QPainter;
+class CViewPainter;
 
-void PaintBudgetAxis( QPainter &painter, const BudgetAxisLayout &layout, const BudgetViewStyle &style );
-void PaintBudgetBars( QPainter &painter, const std::vector<BudgetBarRow> &rows, const BudgetViewStyle &style );
+void PaintBudgetAxis( CViewPainter &painter, const BudgetAxisLayout &layout, const BudgetViewStyle &style );
+void PaintBudgetBars( CViewPainter &painter, const std::vector<BudgetBarRow> &rows, const BudgetViewStyle &style );

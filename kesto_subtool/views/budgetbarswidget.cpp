@@ -1,7 +1,6 @@
 #include "views/budgetbarswidget.h"
 
 #include <QHBoxLayout>
-#include <QPainter>
 #include <QScrollBar>
 #include <algorithm>
 
@@ -10,6 +9,7 @@
 #include "views/budgetsampleswidget.h"
 #include "views/budgetscale.h"
 #include "views/budgetstatisticspainter.h"
+#include "views/viewpainter.h"
 
 CQBudgetBarsWidget::CQBudgetBarsWidget( IBudgetViewOwner &owner, CQBudgetSamplesWidget &strip )
 	: QWidget( &strip )
@@ -46,9 +46,10 @@ void CQBudgetBarsWidget::paintEvent( QPaintEvent * )
 	const BudgetViewStyle &style = m_Owner.GetViewStyle();
 	const BudgetBarsView view = View();
 	QPainter painter( this );
-	PaintBudgetAxis( painter, LayoutBudgetAxis( samples, style, view ), style );
-	PaintBudgetBars( painter, LayoutBudgetBars( samples, style, view ), style );
-	PaintBudgetStatistics( painter, LayoutBudgetStatistics( samples, style, view ), style );
+	CViewPainter viewPainter( painter, m_Stamps );
+	PaintBudgetAxis( viewPainter, LayoutBudgetAxis( samples, style, view ), style );
+	PaintBudgetBars( viewPainter, LayoutBudgetBars( samples, style, view ), style );
+	PaintBudgetStatistics( viewPainter, LayoutBudgetStatistics( samples, style, view ), style );
 }
 
 void CQBudgetBarsWidget::resizeEvent( QResizeEvent *pEvent )

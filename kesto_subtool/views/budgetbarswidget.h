@@ -5,6 +5,7 @@
 
 #include "views/budgetbarslayout.h"
 #include "views/ibudgetviewowner.h"
+#include "views/stampcache.h"
 
 class CQBudgetSamplesWidget;
 class QHBoxLayout;
@@ -34,6 +35,7 @@ private:
 
 	IBudgetViewOwner &m_Owner;
 	CQBudgetSamplesWidget &m_Strip;
+	CStampCache m_Stamps;
 	int m_nCaptionWidth;
 	QHBoxLayout *m_pLayout;
 	QScrollBar *m_pScrollBar;

@@ -4,6 +4,6 @@
 #include "views/budgetnameslayout.h"
 #include "views/budgetviewstyle.h"
 
-class QPainter;
+class CViewPainter;
 
-void PaintBudgetNames( QPainter &painter, const BudgetNamesLayout &layout, const BudgetViewStyle &style );
+void PaintBudgetNames( CViewPainter &painter, const BudgetNamesLayout &layout, const BudgetViewStyle &style );

@@ -1,12 +1,12 @@
 #include "views/budgetnameswidget.h"
 
 #include <QMouseEvent>
-#include <QPainter>
 
 #include "keel0/platform.h"
 #include "views/budgetnamespainter.h"
 #include "views/budgetsampleswidget.h"
 #include "views/budgetstatistics.h"
+#include "views/viewpainter.h"
 
 CQBudgetNamesWidget::CQBudgetNamesWidget( IBudgetViewOwner &owner, CQBudgetSamplesWidget &strip )
 	: QWidget( &strip )
@@ -21,7 +21,8 @@ void CQBudgetNamesWidget::paintEvent( QPaintEvent * )
 {
 	const BudgetViewData samples = m_Owner.GetViewData();
 	QPainter painter( this );
-	PaintBudgetNames( painter, LayoutBudgetNames( samples, Rows( samples ), width() ), m_Owner.GetViewStyle() );
+	CViewPainter viewPainter( painter, m_Stamps );
+	PaintBudgetNames( viewPainter, LayoutBudgetNames( samples, Rows( samples ), width() ), m_Owner.GetViewStyle() );
 }
 
 void CQBudgetNamesWidget::mouseDoubleClickEvent( QMouseEvent *pEvent )

@@ -5,6 +5,7 @@
 
 #include "views/budgetrows.h"
 #include "views/ibudgetviewowner.h"
+#include "views/stampcache.h"
 
 class CQBudgetSamplesWidget;
 
@@ -27,4 +28,5 @@ private:
 
 	IBudgetViewOwner &m_Owner;
 	CQBudgetSamplesWidget &m_Strip;
+	CStampCache m_Stamps;
 };

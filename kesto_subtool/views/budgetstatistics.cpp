@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <string>
+
+#include "views/fixeddecimals.h"
 
 namespace
 {
-constexpr float MILLISECONDS = 0.001f; // per microsecond
-
-double Milliseconds( uint32_t nMicroseconds )
+float Milliseconds( float flMicroseconds )
 {
-	return double{ static_cast<float>( nMicroseconds ) * MILLISECONDS };
+	return flMicroseconds * 0.001f;
 }
 
-double Milliseconds( float flMicroseconds )
+float Milliseconds( uint32_t nMicroseconds )
 {
-	return double{ flMicroseconds * MILLISECONDS };
+	return Milliseconds( static_cast<float>( nMicroseconds ) );
 }
 } // namespace
 
@@ -60,17 +61,32 @@ BudgetStatistics ComputeBudgetStatistics( const BudgetViewData &data, int nBudge
 
 QString BudgetStatisticsText( const BudgetStatistics &statistics )
 {
-	return QString::asprintf( "avg %5.2f stddev %6.3f [%6.3f->%6.3f]", Milliseconds( statistics.m_flMean ),
-		Milliseconds( statistics.m_flDeviation ), Milliseconds( statistics.m_nMinimum ),
-		Milliseconds( statistics.m_nMaximum ) );
+	std::string text = "avg ";
+	AppendDecimals( text, Milliseconds( statistics.m_flMean ), 5, 2 );
+	text += " stddev ";
+	AppendDecimals( text, Milliseconds( statistics.m_flDeviation ), 6, 3 );
+	text += " [";
+	AppendDecimals( text, Milliseconds( statistics.m_nMinimum ), 6, 3 );
+	text += "->";
+	AppendDecimals( text, Milliseconds( statistics.m_nMaximum ), 6, 3 );
+	text += "]";
+	return QString::fromLatin1( text.data(), static_cast<int>( text.size() ) );
 }
 
 QString BudgetSummaryText( const BudgetViewData &data, int nBudget )
 {
 	const BudgetStatistics statistics = ComputeBudgetStatistics( data, nBudget );
 	const size_t nCategory = static_cast<size_t>( nBudget );
-	return QString::fromUtf8( data.m_Categories[nCategory].m_Name.Get() ) +
-		   QString::asprintf( ": avg %.2f stddev %.3f [%.3f->%.3f] peak %.2f", Milliseconds( statistics.m_flMean ),
-			   Milliseconds( statistics.m_flDeviation ), Milliseconds( statistics.m_nMinimum ),
-			   Milliseconds( statistics.m_nMaximum ), Milliseconds( data.Peak( nCategory ) ) );
+	std::string text( data.m_Categories[nCategory].m_Name.View() );
+	text += ": avg ";
+	AppendDecimals( text, Milliseconds( statistics.m_flMean ), 0, 2 );
+	text += " stddev ";
+	AppendDecimals( text, Milliseconds( statistics.m_flDeviation ), 0, 3 );
+	text += " [";
+	AppendDecimals( text, Milliseconds( statistics.m_nMinimum ), 0, 3 );
+	text += "->";
+	AppendDecimals( text, Milliseconds( statistics.m_nMaximum ), 0, 3 );
+	text += "] peak ";
+	AppendDecimals( text, Milliseconds( data.Peak( nCategory ) ), 0, 2 );
+	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
 }

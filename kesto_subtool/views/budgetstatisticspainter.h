@@ -4,6 +4,6 @@
 #include "views/budgetstatisticslayout.h"
 #include "views/budgetviewstyle.h"
 
-class QPainter;
+class CViewPainter;
 
-void PaintBudgetStatistics( QPainter &painter, const BudgetStatisticsLayout &layout, const BudgetViewStyle &style );
+void PaintBudgetStatistics( CViewPainter &painter, const BudgetStatisticsLayout &layout, const BudgetViewStyle &style );

@@ -28,7 +28,8 @@ public:
 		for ( int i = 0; i < nBudgets - 1; i++ )
 		{
 			const QByteArray name = QString( "Budget %1" ).arg( i ).toUtf8();
-			m_Categories.push_back( { CUtlString( name.constData() ), QColor::fromHsv( i * 37 % 360, 160, 230 ) } );
+			m_Categories.push_back(
+				{ CUtlString( name.constData() ), QColor::fromHsv( i * 37 % 360, 160, 230 ).toRgb() } );
 		}
 		if ( nBudgets > 0 )
 			m_Categories.push_back( { "Totals", QColor( 255, 255, 255 ) } );
