@@ -34,20 +34,20 @@ BudgetStatistics ComputeBudgetStatistics( const BudgetViewData &data, int nBudge
 	if ( nWindow < nSkipped + 2 )
 		return statistics;
 
+	const uint32_t nCount = nWindow - nSkipped;
 	uint32_t nMinimum = std::numeric_limits<uint32_t>::max();
 	uint32_t nMaximum = 0;
 	double flSum = 0;
-	for ( uint32_t i = nSkipped; i < nWindow; i++ )
+	for ( uint32_t i = 0; i < nCount; i++ )
 	{
 		nMinimum = std::min( nMinimum, valueBack( i ) );
 		nMaximum = std::max( nMaximum, valueBack( i ) );
 		flSum += valueBack( i );
 	}
-	const double flCount = nWindow - nSkipped;
-	const double flMean = flSum / flCount;
+	const double flMean = flSum / nCount;
 
-	// With "Tick Sampling" the first sweep leaves one value out and this one does not: the sum takes one value more
-	// than mean and divisor count. That is deliberate.
+	// With "Tick Sampling" this sweep goes one sample further back than the first one: the sum has one value more, the
+	// oldest, than mean and divisor count. That is deliberate.
 	double flSquares = 0;
 	for ( uint32_t i = 0; i < nWindow; i++ )
 		flSquares += ( valueBack( i ) - flMean ) * ( valueBack( i ) - flMean );
@@ -55,7 +55,7 @@ BudgetStatistics ComputeBudgetStatistics( const BudgetViewData &data, int nBudge
 	statistics.m_nMinimum = nMinimum;
 	statistics.m_nMaximum = nMaximum;
 	statistics.m_flMean = static_cast<float>( flMean );
-	statistics.m_flDeviation = static_cast<float>( std::sqrt( flSquares / ( flCount - 1 ) ) );
+	statistics.m_flDeviation = static_cast<float>( std::sqrt( flSquares / ( nCount - 1 ) ) );
 	return statistics;
 }
 

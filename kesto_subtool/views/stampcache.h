@@ -52,6 +52,9 @@ uint qHash( const StampKey &key, uint nSeed = 0 ) noexcept;
 class CStampCache
 {
 public:
+	static constexpr int LIMIT = 8 << 20; // bytes
+	int Size() const { return m_Stamps.totalCost(); }
+
 	const Stamp *Find( const StampKey &key ) const { return m_Stamps.object( key ); }
 
 	// Takes the picture over; null when it is too large to keep. Valid until the next insertion.
@@ -72,8 +75,6 @@ private:
 		QFont m_Font;
 		std::unique_ptr<CFixedPitchText> m_pFixedPitch;
 	};
-
-	static constexpr int LIMIT = 8 << 20; // bytes
 
 	QCache<StampKey, Stamp> m_Stamps{ LIMIT };
 	std::vector<FontEntry> m_Fonts;

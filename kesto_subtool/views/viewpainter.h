@@ -1,4 +1,5 @@
-// The operations of QPainter that the budget views use, with shortcuts that draw the same pixels sooner.
+// The operations of QPainter that the budget views use, with shortcuts that draw the same pixels sooner (the edges of
+// letters come within a few of 255 levels).
 //
 // QPainter's raster engine draws an outline pixel by pixel and lays every text out anew, which makes a window of 64
 // budgets cost far more than the rectangles it consists of. On that engine, while one unit is one pixel, thin upright

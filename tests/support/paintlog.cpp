@@ -166,6 +166,17 @@ bool operator==( const PaintOp &a, const PaintOp &b )
 		   a.m_Gradient == b.m_Gradient && ( a.m_Kind != PaintOp::Kind::Text || SameFont( a.m_Font, b.m_Font ) );
 }
 
+testing::AssertionResult SameDrawing( const std::vector<PaintOp> &actual, const std::vector<PaintOp> &expected )
+{
+	const auto [drawn, wanted] = std::ranges::mismatch( actual, expected );
+	if ( drawn == actual.end() && wanted == expected.end() )
+		return testing::AssertionSuccess();
+	auto failure = testing::AssertionFailure() << "operation " << drawn - actual.begin() << " is ";
+	drawn == actual.end() ? failure << "missing" : failure << *drawn;
+	failure << "\ninstead of ";
+	return wanted == expected.end() ? failure << "the end" : failure << *wanted;
+}
+
 std::ostream &operator<<( std::ostream &stream, const PaintOp &op )
 {
 	stream << NameOf( op.m_Kind );

@@ -6,6 +6,8 @@
 // the fill first, so that a test need not know whether one call or two made it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QBrush>
 #include <QFont>
 #include <QLineF>
@@ -67,6 +69,9 @@ struct PaintOp
 	// weight.
 	friend bool operator==( const PaintOp &a, const PaintOp &b );
 };
+
+// Whether two drawings are the same; if not, where they differ first.
+testing::AssertionResult SameDrawing( const std::vector<PaintOp> &actual, const std::vector<PaintOp> &expected );
 
 std::ostream &operator<<( std::ostream &stream, const PaintOp &op );
 void PrintTo( const PaintOp &op, std::ostream *pStream );
