@@ -7,13 +7,33 @@
 
 #include "keel0/platform.h"
 
+namespace
+{
+// Whether a value is above its limit. In runs of a fixed length, because compilers turn those into vector instructions.
+bool IsAnyAbove( const uint32_t *pValues, const uint32_t *pLimits, size_t nCount )
+{
+	constexpr size_t RUN = 16;
+	size_t nFirst = 0;
+	for ( ; nFirst + RUN <= nCount; nFirst += RUN )
+	{
+		uint32_t nAbove = 0;
+		for ( size_t i = 0; i < RUN; i++ )
+			nAbove |= pValues[nFirst + i] > pLimits[nFirst + i] ? 1 : 0;
+		if ( nAbove != 0 )
+			return true;
+	}
+	while ( nFirst < nCount && pValues[nFirst] <= pLimits[nFirst] )
+		nFirst++;
+	return nFirst < nCount;
+}
+} // namespace
+
 void CBudgetSampleStore::SetCategories( std::vector<BudgetCategory> categories )
 {
 	m_Categories = std::move( categories );
 	m_Categories.push_back( { CUtlString( "Totals" ), QColor( 255, 255, 255, 255 ) } );
 	const size_t nCount = m_Categories.size();
-	m_Blocks = std::vector<uint32_t>( nCount * BUDGET_BLOCK_SIZE );
-	m_NewestFrame = std::vector<uint32_t>( nCount );
+	m_Blocks = std::vector<uint32_t>( nCount * BUDGET_BLOCK_STRIDE );
 	m_Peaks = std::vector<uint32_t>( nCount );
 	Clear();
 }
@@ -43,52 +63,62 @@ void CBudgetSampleStore::AddSample(
 	m_FrameRates[nSlot] = std::isfinite( flFrameRate ) ? flFrameRate : 0.0f;
 	if ( m_Categories.empty() )
 		return;
-	FillNewestFrame( values.first( std::min( values.size(), m_Categories.size() - 1 ) ), bAccumulate );
-	StoreNewestFrame( nSlot );
 	if ( m_bPeaksJustReset )
 		ResetPeaks( bTickSampling );
+	values = values.first( std::min( values.size(), m_Categories.size() - 1 ) );
+	if ( bAccumulate )
+		AddToFrame( values, nSlot );
 	else
-		RaisePeaks();
+		WriteFrame( values, nSlot );
 }
 
-void CBudgetSampleStore::FillNewestFrame( std::span<const uint32_t> values, bool bAccumulate )
+// To what the new frame must exceed: with tick sampling the frame before it, else nothing.
+void CBudgetSampleStore::ResetPeaks( bool bTickSampling )
 {
-	if ( !bAccumulate )
-		std::fill( m_NewestFrame.begin(), m_NewestFrame.end(), 0 );
+	const bool bFromFrameBefore = bTickSampling && m_nSampleCount >= 2;
+	const uint32_t nSlotBefore = ( m_nSampleCount - 2 ) % BUDGET_RING_SIZE;
+	for ( size_t i = 0; i < m_Categories.size(); i++ )
+		SetPeak( i, bFromFrameBefore ? Block( i )[nSlotBefore] : 0 );
+}
+
+void CBudgetSampleStore::WriteFrame( std::span<const uint32_t> values, uint32_t nSlot )
+{
+	const size_t nTotals = m_Categories.size() - 1;
+	uint32_t nTotal = 0;
+	uint32_t *pEntry = m_Blocks.data() + nSlot;
+	for ( const uint32_t nValue : values )
+	{
+		*pEntry = nValue;
+		nTotal += nValue;
+		pEntry += BUDGET_BLOCK_STRIDE;
+	}
+	for ( size_t i = values.size(); i < nTotals; i++ )
+		Block( i )[nSlot] = 0;
+	Block( nTotals )[nSlot] = nTotal;
+
+	RaisePeak( nTotals, nTotal );
+	if ( !IsAnyAbove( values.data(), m_Peaks.data(), values.size() ) )
+		return;
+	for ( size_t i = 0; i < values.size(); i++ )
+		RaisePeak( i, values[i] );
+}
+
+void CBudgetSampleStore::AddToFrame( std::span<const uint32_t> values, uint32_t nSlot )
+{
+	const size_t nTotals = m_Categories.size() - 1;
 	uint32_t nTotal = 0;
 	for ( size_t i = 0; i < values.size(); i++ )
 	{
-		m_NewestFrame[i] += values[i];
 		nTotal += values[i];
+		RaisePeak( i, Block( i )[nSlot] += values[i] );
 	}
-	m_NewestFrame.back() += nTotal;
+	RaisePeak( nTotals, Block( nTotals )[nSlot] += nTotal );
 }
 
-void CBudgetSampleStore::StoreNewestFrame( uint32_t nSlot )
+void CBudgetSampleStore::RaisePeak( size_t nCategory, uint32_t nValue )
 {
-	uint32_t *pSlot = m_Blocks.data() + nSlot;
-	for ( const uint32_t nValue : m_NewestFrame )
-	{
-		*pSlot = nValue;
-		pSlot += BUDGET_BLOCK_SIZE;
-	}
-}
-
-void CBudgetSampleStore::ResetPeaks( bool bTickSampling )
-{
-	const bool bWithTickBefore = bTickSampling && m_nSampleCount >= 2;
-	const uint32_t nSlotBefore = ( m_nSampleCount - 2 ) % BUDGET_RING_SIZE;
-	for ( size_t i = 0; i < m_NewestFrame.size(); i++ )
-		SetPeak( i, std::max( m_NewestFrame[i], bWithTickBefore ? Block( i )[nSlotBefore] : 0 ) );
-}
-
-void CBudgetSampleStore::RaisePeaks()
-{
-	for ( size_t i = 0; i < m_NewestFrame.size(); i++ )
-	{
-		if ( m_NewestFrame[i] > m_Peaks[i] )
-			SetPeak( i, m_NewestFrame[i] );
-	}
+	if ( nValue > m_Peaks[nCategory] )
+		SetPeak( nCategory, nValue );
 }
 
 void CBudgetSampleStore::SetPeak( size_t nCategory, uint32_t nValue )

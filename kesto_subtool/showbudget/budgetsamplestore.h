@@ -43,20 +43,18 @@ public:
 private:
 	friend class CBudgetSampleStoreTester; // brings the counter close to its wrap
 
-	void FillNewestFrame( std::span<const uint32_t> values, bool bAccumulate );
-	void StoreNewestFrame( uint32_t nSlot );
 	void ResetPeaks( bool bTickSampling );
-	void RaisePeaks();
+	void WriteFrame( std::span<const uint32_t> values, uint32_t nSlot );
+	void AddToFrame( std::span<const uint32_t> values, uint32_t nSlot );
+	void RaisePeak( size_t nCategory, uint32_t nValue );
 
-	uint32_t *Block( size_t nCategory ) { return m_Blocks.data() + nCategory * BUDGET_BLOCK_SIZE; }
+	uint32_t *Block( size_t nCategory ) { return m_Blocks.data() + nCategory * BUDGET_BLOCK_STRIDE; }
 	void SetPeak( size_t nCategory, uint32_t nValue );
 
 	std::vector<BudgetCategory> m_Categories;
-	std::vector<uint32_t> m_Blocks; // BUDGET_BLOCK_SIZE for each category, in order
+	std::vector<uint32_t> m_Blocks; // BUDGET_BLOCK_STRIDE for each category, in order
 
-	// The newest frame and the peaks once more, side by side: a sample is summed and compared without touching a cache
-	// line of every block twice.
-	std::vector<uint32_t> m_NewestFrame;
+	// The peaks once more, side by side: most frames raise none, and finding that out touches no other line of a block.
 	std::vector<uint32_t> m_Peaks;
 
 	std::vector<float> m_FrameRates = std::vector<float>( BUDGET_RING_SIZE );

@@ -81,7 +81,8 @@ TEST_F( SampleStoreTest, AppendsWhiteTotalsToTheCategories )
 	EXPECT_EQ( categories[1].m_Colour, QColor( 1, 2, 1 ) );
 	EXPECT_STREQ( categories[2].m_Name.Get(), "Totals" );
 	EXPECT_EQ( categories[2].m_Colour, QColor( 255, 255, 255, 255 ) );
-	EXPECT_EQ( View( m_Store ).m_Blocks.size(), 3u * 4097u );
+	for ( size_t i = 0; i < 3; i++ )
+		EXPECT_EQ( View( m_Store ).Block( i ).size(), 4097u );
 }
 
 TEST_F( SampleStoreTest, NewCategoriesForgetOldFramesAndNames )

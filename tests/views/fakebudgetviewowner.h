@@ -33,7 +33,7 @@ public:
 		}
 		if ( nBudgets > 0 )
 			m_Categories.push_back( { "Totals", QColor( 255, 255, 255 ) } );
-		m_Blocks.assign( m_Categories.size() * BUDGET_BLOCK_SIZE, 0 );
+		m_Blocks.assign( m_Categories.size() * BUDGET_BLOCK_STRIDE, 0 );
 	}
 
 	// By sample number, so that it wraps as the ring does. The sample count is not touched.
@@ -75,6 +75,6 @@ public:
 private:
 	uint32_t &Entry( int nBudget, uint32_t nEntry )
 	{
-		return m_Blocks[static_cast<size_t>( nBudget ) * BUDGET_BLOCK_SIZE + nEntry];
+		return m_Blocks[static_cast<size_t>( nBudget ) * BUDGET_BLOCK_STRIDE + nEntry];
 	}
 };
