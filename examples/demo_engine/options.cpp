@@ -84,7 +84,7 @@ const char *Usage()
 		   "  --port N         listen on this port, 0 for any free one (default 27190)\n"
 		   "  --bind ADDRESS   listen on this address (default 127.0.0.1)\n"
 		   "  --name NAME      what the console shows (default \"demo engine\")\n"
-		   "  --bodies N       bodies of the physics, 0 to 20000 (default 1500)\n"
+		   "  --bodies N       bodies of the physics, 0 to 20000 (default 2500)\n"
 		   "  --frames N       end after this many frames\n"
 		   "  --help           show this text\n";
 }

@@ -12,7 +12,7 @@ struct Options
 	uint16_t m_nPort = 27190;
 	std::string m_Address = "127.0.0.1";
 	std::string m_Name = "demo engine";
-	uint32_t m_nBodies = 1500;
+	uint32_t m_nBodies = 2500;
 	std::optional<uint64_t> m_nFrames; // none runs until it is told to end
 	bool m_bHelp = false;
 };

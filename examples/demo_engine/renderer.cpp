@@ -32,7 +32,7 @@ Pixel ColourOf( uint32_t nColour, float flLight )
 } // namespace
 
 CRenderer::CRenderer()
-	: m_Meshes{ MakeBall( 8, 12 ), MakeBall( 5, 8 ), MakeBall( 3, 5 ) }
+	: m_Meshes{ MakeBall( 6, 9 ), MakeBall( 4, 6 ), MakeBall( 2, 4 ) }
 	, m_Tiles( TILE_COLUMNS * TILE_ROWS )
 	, m_Picture( WIDTH * HEIGHT )
 	, m_Depth( WIDTH * HEIGHT )

@@ -20,8 +20,8 @@ struct Pixel
 class CRenderer
 {
 public:
-	static constexpr int WIDTH = 384;
-	static constexpr int HEIGHT = 216;
+	static constexpr int WIDTH = 256;
+	static constexpr int HEIGHT = 144;
 
 	CRenderer();
 

@@ -75,7 +75,7 @@ void CVisibility::ChooseDetail()
 	for ( DrawItem &item : m_Items )
 	{
 		const float flSize = item.m_Ball.m_flRadius / item.m_flDepth;
-		item.m_nDetail = flSize > 0.05f ? 0 : flSize > 0.025f ? 1 : 2;
+		item.m_nDetail = flSize > 0.08f ? 0 : flSize > 0.03f ? 1 : 2;
 	}
 }
 

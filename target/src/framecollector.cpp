@@ -1,6 +1,7 @@
 #include "framecollector.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "clock.h"
 #include "registry.h"
@@ -12,16 +13,6 @@ using detail::CSiteCounters;
 
 namespace
 {
-// Calls the function for the index of every site that may have counters.
-template <typename Function>
-void ForEachSite( uint32_t nSites, Function function )
-{
-	for ( uint32_t i = SITE_NONE + 1; i < nSites; i++ )
-		function( i );
-	if ( AnySiteOverflowed() )
-		function( SITE_OVERFLOW );
-}
-
 // Ends and begins every open scope of the calling thread at one moment, so that no scope reaches over it.
 void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
 {
@@ -31,7 +22,6 @@ void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
 		const uint64_t nTicks = nNow - p->m_nBegin;
 		p->m_nBegin = nNow;
 		detail::AddOwned( p->m_nTicks, nTicks );
-		detail::AddOwned( pCaller->m_nChildTicks, nTicks );
 		p = pCaller;
 	}
 }
@@ -53,12 +43,18 @@ FrameEntry TakeEntry( CSiteCounters *pThread, uint32_t nSite )
 	return entry;
 }
 
+// Settles what the scopes around a site have of its ticks. The last one gets the part that is not given yet.
+uint64_t GiveToCaller( CSiteCounters &counters )
+{
+	const uint64_t nTicks = counters.m_nTicks.load( std::memory_order_relaxed );
+	const uint64_t nGiven = nTicks - counters.m_nTicksGiven;
+	counters.m_nTicksGiven = nTicks;
+	return nGiven;
+}
+
 uint64_t TakeChildTicks( CSiteCounters &counters )
 {
-	const uint64_t nTicks = counters.m_nChildTicks.load( std::memory_order_relaxed );
-	const uint64_t nTaken = nTicks - counters.m_nChildTicksBefore;
-	counters.m_nChildTicksBefore = nTicks;
-	return nTaken;
+	return std::exchange( counters.m_nChildTicks, 0 );
 }
 } // namespace
 
@@ -84,7 +80,7 @@ bool CFrameCollector::EndFrame( Tick tick, uint32_t nWanted )
 	{
 		m_nFramesCounted = 0;
 		CountFrame( nNow );
-		StartOver( pOwn, header.m_nSites );
+		StartOver( pOwn );
 		return true;
 	}
 	CountFrame( nNow );
@@ -93,7 +89,7 @@ bool CFrameCollector::EndFrame( Tick tick, uint32_t nWanted )
 	if ( !pFrame )
 	{
 		const bool bTickLost = header.m_bNewTick != 0;
-		StartOver( pOwn, header.m_nSites );
+		StartOver( pOwn );
 		m_bTickLost = bTickLost;
 		return false;
 	}
@@ -115,84 +111,89 @@ void CFrameCollector::FillFrame( uint8_t *pFrame, FrameHeader &header )
 	if ( header.m_bEntries )
 		ReadOtherThreads( header, pEntries );
 	else if ( m_nWantedBefore & WANT_SCOPES )
-		SkipOtherThreads( header.m_nSites );
+		SkipOtherThreads();
 	header.m_nServiceTicks = ReadTicks() - header.m_nEnd;
 	*reinterpret_cast<FrameHeader *>( pFrame ) = header;
 	m_Queue.Commit( FrameSize( header.m_nBudgets, header.m_nEntries ) );
 }
 
-// A site's own time is its ticks less its children's; the time of no site is the frame less the children of none.
+// A site's own time is its ticks less its children's; the time of no site is the frame less the children of none. What
+// a site took from its last caller is taken from that one's budget, whichever of the two comes first.
 void CFrameCollector::ReadOwnSites( FrameHeader &header, uint64_t *pBudgetTicks, FrameEntry *pEntries )
 {
 	std::fill_n( pBudgetTicks, header.m_nBudgets, 0 );
 	pBudgetTicks[BUDGET_OTHER] = header.m_nEnd - header.m_nBegin - TakeChildTicks( m_pOwn[SITE_NONE] );
-	ForEachSite( header.m_nSites,
-		[&]( uint32_t nSite )
-		{
-			const FrameEntry entry = TakeEntry( m_pOwn, nSite );
-			if ( !( entry.m_nTicks | entry.m_nCalls ) )
-				return;
-			const uint32_t nBudget = BudgetOf( nSite );
-			pBudgetTicks[nBudget < header.m_nBudgets ? nBudget : BUDGET_OTHER] +=
-				entry.m_nTicks - TakeChildTicks( m_pOwn[nSite] );
-			if ( !header.m_bEntries )
-				return;
-			m_EntryFrames[nSite] = m_nEntryFrame;
-			m_EntryIndices[nSite] = header.m_nEntries;
-			pEntries[header.m_nEntries++] = entry;
-		} );
+	for ( const uint16_t nSite : EnteredSites( ThreadIndex( m_pOwn ) ) )
+	{
+		const FrameEntry entry = TakeEntry( m_pOwn, nSite );
+		if ( !( entry.m_nTicks | entry.m_nCalls ) )
+			continue;
+		pBudgetTicks[BudgetOf( nSite, header )] += entry.m_nTicks - TakeChildTicks( m_pOwn[nSite] );
+		pBudgetTicks[BudgetOf( entry.m_nCaller, header )] -= GiveToCaller( m_pOwn[nSite] );
+		if ( header.m_bEntries )
+			AddEntry( header, pEntries, entry );
+	}
 }
 
 void CFrameCollector::ReadOtherThreads( FrameHeader &header, FrameEntry *pEntries )
 {
+	const uint32_t nOwn = ThreadIndex( m_pOwn );
 	for ( uint32_t nThread = 0; nThread < ThreadCount(); nThread++ )
 	{
-		CSiteCounters *pThread = GetCounters( nThread );
-		if ( pThread == m_pOwn )
+		if ( nThread == nOwn )
 			continue;
-		ForEachSite( header.m_nSites,
-			[&]( uint32_t nSite )
-			{
-				const FrameEntry entry = TakeEntry( pThread, nSite );
-				if ( !( entry.m_nTicks | entry.m_nCalls ) )
-					return;
-				if ( m_EntryFrames[nSite] != m_nEntryFrame )
-				{
-					m_EntryFrames[nSite] = m_nEntryFrame;
-					m_EntryIndices[nSite] = header.m_nEntries;
-					pEntries[header.m_nEntries++] = entry;
-					return;
-				}
-				FrameEntry &sum = pEntries[m_EntryIndices[nSite]];
-				sum.m_nTicks += entry.m_nTicks;
-				sum.m_nCalls += entry.m_nCalls;
-				if ( sum.m_nCaller == SITE_NONE )
-					sum.m_nCaller = entry.m_nCaller;
-			} );
+		for ( const uint16_t nSite : EnteredSites( nThread ) )
+		{
+			// What was registered after this frame was begun to be read has no room in it and waits for the next.
+			if ( nSite >= header.m_nSites && nSite != SITE_OVERFLOW )
+				continue;
+			const FrameEntry entry = TakeEntry( GetCounters( nThread ), nSite );
+			if ( entry.m_nTicks | entry.m_nCalls )
+				AddEntry( header, pEntries, entry );
+		}
 	}
 }
 
-void CFrameCollector::StartOver( CSiteCounters *pOwn, uint32_t nSites )
+// One entry for each site, whichever threads were in it.
+void CFrameCollector::AddEntry( FrameHeader &header, FrameEntry *pEntries, const FrameEntry &entry )
+{
+	if ( m_EntryFrames[entry.m_nSite] != m_nEntryFrame )
+	{
+		m_EntryFrames[entry.m_nSite] = m_nEntryFrame;
+		m_EntryIndices[entry.m_nSite] = header.m_nEntries;
+		pEntries[header.m_nEntries++] = entry;
+		return;
+	}
+	FrameEntry &sum = pEntries[m_EntryIndices[entry.m_nSite]];
+	sum.m_nTicks += entry.m_nTicks;
+	sum.m_nCalls += entry.m_nCalls;
+	if ( sum.m_nCaller == SITE_NONE )
+		sum.m_nCaller = entry.m_nCaller;
+}
+
+void CFrameCollector::StartOver( CSiteCounters *pOwn )
 {
 	m_pOwn = pOwn;
 	m_bTickLost = true;
 	TakeChildTicks( pOwn[SITE_NONE] );
-	ForEachSite( nSites,
-		[pOwn]( uint32_t nSite )
-		{
-			TakeEntry( pOwn, nSite );
-			TakeChildTicks( pOwn[nSite] );
-		} );
-	SkipOtherThreads( nSites );
+	for ( const uint16_t nSite : EnteredSites( ThreadIndex( pOwn ) ) )
+	{
+		TakeEntry( pOwn, nSite );
+		GiveToCaller( pOwn[nSite] );
+		TakeChildTicks( pOwn[nSite] );
+	}
+	SkipOtherThreads();
 }
 
-void CFrameCollector::SkipOtherThreads( uint32_t nSites )
+void CFrameCollector::SkipOtherThreads()
 {
+	const uint32_t nOwn = ThreadIndex( m_pOwn );
 	for ( uint32_t nThread = 0; nThread < ThreadCount(); nThread++ )
 	{
-		CSiteCounters *pThread = GetCounters( nThread );
-		if ( pThread != m_pOwn )
-			ForEachSite( nSites, [pThread]( uint32_t nSite ) { TakeEntry( pThread, nSite ); } );
+		if ( nThread == nOwn )
+			continue;
+		for ( const uint16_t nSite : EnteredSites( nThread ) )
+			TakeEntry( GetCounters( nThread ), nSite );
 	}
 }
 
@@ -202,17 +203,17 @@ void CFrameCollector::CountFrame( uint64_t nNow )
 	m_nFramesCounted++;
 }
 
-uint32_t CFrameCollector::BudgetOf( uint32_t nSite )
+uint32_t CFrameCollector::BudgetOf( uint32_t nSite, const FrameHeader &header )
 {
 	uint16_t &nPlusOne = m_BudgetsPlusOne[nSite];
 	if ( nPlusOne == 0 )
 	{
-		// Counters that are not zero say that the site's registration is over; the acquire makes its result visible.
+		// A site with counters is ready; SITE_NONE never is, and has the budget of no scope.
 		const Site &site = GetSite( nSite );
 		if ( !site.m_bReady.load( std::memory_order_acquire ) )
 			return BUDGET_OTHER;
 		nPlusOne = static_cast<uint16_t>( site.m_nBudget + 1 );
 	}
-	return nPlusOne - 1u;
+	return nPlusOne <= header.m_nBudgets ? nPlusOne - 1u : BUDGET_OTHER;
 }
 } // namespace showbudget

@@ -29,13 +29,14 @@ public:
 	void Idle() { m_nWantedBefore = 0; }
 
 private:
-	void StartOver( detail::CSiteCounters *pOwn, uint32_t nSites );
+	void StartOver( detail::CSiteCounters *pOwn );
 	void CountFrame( uint64_t nNow );
 	void FillFrame( uint8_t *pFrame, FrameHeader &header );
 	void ReadOwnSites( FrameHeader &header, uint64_t *pBudgetTicks, FrameEntry *pEntries );
 	void ReadOtherThreads( FrameHeader &header, FrameEntry *pEntries );
-	void SkipOtherThreads( uint32_t nSites );
-	uint32_t BudgetOf( uint32_t nSite );
+	void AddEntry( FrameHeader &header, FrameEntry *pEntries, const FrameEntry &entry );
+	void SkipOtherThreads();
+	uint32_t BudgetOf( uint32_t nSite, const FrameHeader &header );
 
 	static constexpr uint32_t AVERAGED_FRAMES = 64;
 

@@ -21,6 +21,8 @@ namespace
 struct ThreadCounters
 {
 	CSiteCounters m_Sites[MAX_SITES];
+	uint16_t m_Entered[MAX_SITES]; // the sites that the thread was in, in the order of their first times
+	std::atomic<uint32_t> m_nEntered;
 };
 
 ThreadCounters g_Threads[MAX_THREADS];
@@ -36,11 +38,7 @@ __thread bool t_bNoRoom __attribute__( ( tls_model( "initial-exec" ) ) ) = false
 void ReleaseCounters( void *pCounters )
 {
 	// Scopes of other thread-exit functions that run after this one are attached again and released again.
-	auto *pThread = static_cast<ThreadCounters *>( pCounters );
-	// A thread that ended without leaving its scopes must not leave them open for the next one.
-	for ( CSiteCounters *p = t_Thread.m_pCurrent; p && p != pThread->m_Sites;
-		  p = p->m_pCaller.load( std::memory_order_relaxed ) )
-		p->m_nBegin = 0;
+	const auto *pThread = static_cast<ThreadCounters *>( pCounters );
 	t_pCounters = nullptr;
 	t_Thread = { detail::NOT_YET, nullptr };
 	g_bTaken[pThread - g_Threads].store( false, std::memory_order_release );
@@ -88,6 +86,17 @@ CSiteCounters *GetCounters( uint32_t nThread )
 	return g_Threads[nThread].m_Sites;
 }
 
+std::span<const uint16_t> EnteredSites( uint32_t nThread )
+{
+	const ThreadCounters &thread = g_Threads[nThread];
+	return { thread.m_Entered, thread.m_nEntered.load( std::memory_order_acquire ) };
+}
+
+uint32_t ThreadIndex( const CSiteCounters *pCounters )
+{
+	return static_cast<uint32_t>( reinterpret_cast<const ThreadCounters *>( pCounters ) - g_Threads );
+}
+
 uint32_t UnmeasuredThreads()
 {
 	return g_nUnmeasured.load( std::memory_order_relaxed );
@@ -113,34 +122,64 @@ CSiteCounters *AttachThread()
 	return pCounters;
 }
 
+namespace
+{
+// The scope around the site is another one than last time: the one before gets what was its part of the time. A site
+// without one is new on this thread.
+void ChangeCaller( CSiteCounters *pThread, CSiteCounters &counters, CSiteCounters *pCaller )
+{
+	if ( CSiteCounters *pBefore = counters.m_pCaller.load( std::memory_order_relaxed ) )
+	{
+		const uint64_t nTicks = counters.m_nTicks.load( std::memory_order_relaxed );
+		pBefore->m_nChildTicks += nTicks - counters.m_nTicksGiven;
+		counters.m_nTicksGiven = nTicks;
+	}
+	else
+	{
+		auto &thread = g_Threads[ThreadIndex( pThread )];
+		const uint32_t nEntered = thread.m_nEntered.load( std::memory_order_relaxed );
+		thread.m_Entered[nEntered] = static_cast<uint16_t>( &counters - pThread );
+		thread.m_nEntered.store( nEntered + 1, std::memory_order_release );
+	}
+	counters.m_pCaller.store( pCaller, std::memory_order_relaxed );
+}
+
+bool IsOpen( const CSiteCounters *pThread, const CSiteCounters *pCounters )
+{
+	const CSiteCounters *p = t_Thread.m_pCurrent;
+	while ( p != pThread && p != pCounters )
+		p = p->m_pCaller.load( std::memory_order_relaxed );
+	return p == pCounters;
+}
+} // namespace
+
 namespace detail
 {
-CSiteCounters *EnterSlowly( CSite &site )
+OpenScope EnterSlowly( CSite &site ) noexcept
 {
 	CSiteCounters *pThread = AttachThread();
 	if ( !pThread )
-		return nullptr;
+		return 0;
 	const uintptr_t nOffset = RegisterSite( site );
 	if ( nOffset == NOT_YET )
-		return nullptr; // another thread is registering the site: this one call is not counted
+		return 0; // another thread is registering the site: this one call is not counted
 	CSiteCounters *pCounters = pThread + nOffset / sizeof( CSiteCounters );
 	AddOwned( pCounters->m_nCalls, 1 );
-	if ( pCounters->m_nBegin != 0 )
-		return nullptr;
-	pCounters->m_pCaller.store( t_Thread.m_pCurrent, std::memory_order_relaxed );
+	if ( IsOpen( pThread, pCounters ) )
+		return 0;
+	if ( pCounters->m_pCaller.load( std::memory_order_relaxed ) != t_Thread.m_pCurrent )
+		ChangeCaller( pThread, *pCounters, t_Thread.m_pCurrent );
 	t_Thread.m_pCurrent = pCounters;
 	pCounters->m_nBegin = ReadTicks();
-	return pCounters;
+	const auto nOpen = reinterpret_cast<OpenScope>( pCounters );
+	return IsCounterUsed() ? nOpen : -nOpen;
 }
 
-void LeaveSlowly( CSiteCounters *pCounters )
+void LeaveSlowly( OpenScope nOpen ) noexcept
 {
-	const uint64_t nTicks = ReadTicks() - pCounters->m_nBegin;
-	CSiteCounters *pCaller = pCounters->m_pCaller.load( std::memory_order_relaxed );
-	pCounters->m_nBegin = 0;
-	AddOwned( pCounters->m_nTicks, nTicks );
-	AddOwned( pCaller->m_nChildTicks, nTicks );
-	t_Thread.m_pCurrent = pCaller;
+	auto *pCounters = reinterpret_cast<CSiteCounters *>( -nOpen );
+	AddOwned( pCounters->m_nTicks, ReadTicks() - pCounters->m_nBegin );
+	t_Thread.m_pCurrent = pCounters->m_pCaller.load( std::memory_order_relaxed );
 }
 } // namespace detail
 } // namespace showbudget

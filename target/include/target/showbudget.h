@@ -178,12 +178,13 @@ struct alignas( 64 ) CSiteCounters
 {
 	std::atomic<uint64_t> m_nTicks; // inclusive
 	std::atomic<uint64_t> m_nCalls;
-	std::atomic<CSiteCounters *> m_pCaller; // of the last entry: this thread's counters of the scope around it
-	std::atomic<uint64_t> m_nChildTicks;    // the part of m_nTicks that belongs to scopes inside
-	uint64_t m_nBegin;                      // when the open scope began; 0 when none is open
-	uint64_t m_nTicksBefore;                // the frame thread's: the values at the end of the last frame
+	// This thread's counters of the scope around the last entry; null before the first one.
+	std::atomic<CSiteCounters *> m_pCaller;
+	uint64_t m_nBegin;       // when the last entry was
+	uint64_t m_nTicksGiven;  // the part of m_nTicks that its callers' m_nChildTicks have got
+	uint64_t m_nChildTicks;  // the ticks of scopes inside
+	uint64_t m_nTicksBefore; // the frame thread's: the values at the end of the last frame
 	uint64_t m_nCallsBefore;
-	uint64_t m_nChildTicksBefore;
 };
 static_assert( sizeof( CSiteCounters ) == 64, "one cache line" );
 
@@ -193,16 +194,26 @@ struct CThread
 	CSiteCounters *m_pCurrent; // the innermost open scope, or the counters with offset 0
 };
 
-// Initial-exec: a scope reaches its thread with one instruction instead of a call.
-extern SHOWBUDGET_API __thread CThread t_Thread __attribute__( ( tls_model( "initial-exec" ) ) );
+// A scope reaches its thread with one instruction instead of a call. In a program that is the cheapest one; the code of
+// a shared library needs one more. Define SHOWBUDGET_SHARED in a program whose shared libraries hold this library.
+#if defined( SHOWBUDGET_SHARED ) || ( defined( __PIC__ ) && !defined( __PIE__ ) )
+#define SHOWBUDGET_THREAD_LOCAL __attribute__( ( tls_model( "initial-exec" ) ) )
+#else
+#define SHOWBUDGET_THREAD_LOCAL __attribute__( ( tls_model( "local-exec" ) ) )
+#endif
+extern SHOWBUDGET_API __thread CThread t_Thread SHOWBUDGET_THREAD_LOCAL;
 
 // What somebody wants to see; 0 while nobody watches.
 extern SHOWBUDGET_API std::atomic<uint32_t> g_nWanted;
 
-// The ways off the straight path: a thread's or a site's first time, and a machine whose time-stamp counter is no
-// clock.
-SHOWBUDGET_API CSiteCounters *EnterSlowly( CSite &site );
-SHOWBUDGET_API void LeaveSlowly( CSiteCounters *pCounters );
+// What an open scope holds: the address of its counters, the same negative for one that must leave slowly, or 0 for one
+// that is not measured.
+using OpenScope = intptr_t;
+
+// The ways off the straight path: a thread's or a site's first time, a site that is entered from another scope than
+// before or that is open already, and a machine whose time-stamp counter is no clock.
+SHOWBUDGET_API OpenScope EnterSlowly( CSite &site ) noexcept;
+SHOWBUDGET_API void LeaveSlowly( OpenScope nOpen ) noexcept;
 
 inline uint64_t ReadCounter()
 {
@@ -225,60 +236,53 @@ inline __attribute__( ( always_inline ) ) void AddOwned( std::atomic<uint64_t> &
 #endif
 }
 
-// The scope of a macro. It must end on the thread that it began on, and by leaving its block: after a longjmp out of it
-// the site only counts calls on that thread. A scope that is entered again while it is open on the same thread only
-// counts a call, since its time is already in the outer one's.
+// The scope of a macro. It must end on the thread that it began on, and by leaving its block. A scope that is entered
+// again while it is open on the same thread only counts a call, since its time is already in the outer one's.
+//
+// Everything here overlaps with the reads of the counter, and every instruction counts: bench/target has the figures.
+// The way of a watched scope is laid out straight, since an unwatched one is well below its limit either way.
 class CScope
 {
 public:
-	explicit __attribute__( ( always_inline ) ) CScope( CSite &site )
+	explicit __attribute__( ( always_inline ) ) CScope( CSite &site ) noexcept
+		: m_nOpen( __builtin_expect( g_nWanted.load( std::memory_order_relaxed ) != 0, 1 ) ? Enter( site ) : 0 )
 	{
-		if ( __builtin_expect( g_nWanted.load( std::memory_order_relaxed ) != 0, 0 ) )
-			Enter( site );
 	}
 	__attribute__( ( always_inline ) ) ~CScope()
 	{
-		if ( m_pCounters )
-			Leave( m_pCounters );
-		else if ( m_pSlow )
-			LeaveSlowly( m_pSlow );
+		if ( __builtin_expect( m_nOpen > 0, 1 ) )
+			Leave( reinterpret_cast<CSiteCounters *>( m_nOpen ) );
+		else if ( m_nOpen != 0 )
+			LeaveSlowly( m_nOpen );
 	}
 	CScope( const CScope & ) = delete;
 	CScope &operator=( const CScope & ) = delete;
 
 private:
-	__attribute__( ( always_inline ) ) void Enter( CSite &site )
+	static __attribute__( ( always_inline ) ) OpenScope Enter( CSite &site ) noexcept
 	{
-		uintptr_t nAddress = 0;
 		// NOT_YET plus anything but 0 overflows, so the carry of one addition tells both first times.
+		uintptr_t nAddress = 0;
 		if ( __builtin_expect( __builtin_add_overflow(
 								   site.m_nOffset.load( std::memory_order_relaxed ), t_Thread.m_nCounters, &nAddress ),
 				 0 ) )
-		{
-			m_pSlow = EnterSlowly( site );
-			return;
-		}
+			return EnterSlowly( site );
 		auto *pCounters = reinterpret_cast<CSiteCounters *>( nAddress );
+		// The caller of an open scope is not the innermost one, so this also tells that the scope is entered again.
+		if ( __builtin_expect( pCounters->m_pCaller.load( std::memory_order_relaxed ) != t_Thread.m_pCurrent, 0 ) )
+			return EnterSlowly( site );
 		AddOwned( pCounters->m_nCalls, 1 );
-		if ( __builtin_expect( pCounters->m_nBegin != 0, 0 ) )
-			return;
-		pCounters->m_pCaller.store( t_Thread.m_pCurrent, std::memory_order_relaxed );
 		t_Thread.m_pCurrent = pCounters;
-		m_pCounters = pCounters;
 		pCounters->m_nBegin = ReadCounter();
+		return reinterpret_cast<OpenScope>( pCounters );
 	}
-	static __attribute__( ( always_inline ) ) void Leave( CSiteCounters *pCounters )
+	static __attribute__( ( always_inline ) ) void Leave( CSiteCounters *pCounters ) noexcept
 	{
-		const uint64_t nTicks = ReadCounter() - pCounters->m_nBegin;
-		CSiteCounters *pCaller = pCounters->m_pCaller.load( std::memory_order_relaxed );
-		pCounters->m_nBegin = 0;
-		AddOwned( pCounters->m_nTicks, nTicks );
-		AddOwned( pCaller->m_nChildTicks, nTicks );
-		t_Thread.m_pCurrent = pCaller;
+		AddOwned( pCounters->m_nTicks, ReadCounter() - pCounters->m_nBegin );
+		t_Thread.m_pCurrent = pCounters->m_pCaller.load( std::memory_order_relaxed );
 	}
 
-	CSiteCounters *m_pCounters = nullptr;
-	CSiteCounters *m_pSlow = nullptr;
+	const OpenScope m_nOpen;
 };
 } // namespace detail
 } // namespace showbudget
