@@ -58,7 +58,6 @@ public:
 	bool IsAdmitted() const { return m_State == State::Open; }
 	uint32_t Wanted() const { return m_nWanted; }
 	const std::string &Name() const { return m_Name; } // "console at ADDRESS:PORT", and what it calls itself
-	int NativeHandle() { return m_Socket.native_handle(); }
 
 	// Nothing is sent before the console was admitted.
 	void SendLine( Severity severity, std::string_view text );

@@ -11,6 +11,7 @@
 
 #include "clock.h"
 #include "registry.h"
+#include "socketlist.h"
 #include "threads.h"
 #include "wire/sessionchunks.h"
 
@@ -20,6 +21,9 @@ namespace
 {
 // Connections that have not introduced themselves yet. One more than that ends the oldest of them.
 constexpr uint32_t MAX_WAITING = 16;
+// How often frames are fetched while somebody watches. Being woken for each would cost the frame thread a system call,
+// and its processor where there is no other.
+constexpr auto FRAME_PAUSE = std::chrono::milliseconds( 4 );
 constexpr auto ACCEPT_PAUSE = std::chrono::milliseconds( 100 );
 
 // The engine's signal handlers belong on its own threads.
@@ -42,6 +46,8 @@ CServer::CServer( const Settings &settings )
 CServer::~CServer()
 {
 	Stop();
+	if ( m_Acceptor.is_open() )
+		ForgetSocket( m_Acceptor.native_handle() );
 	// The descriptor outlives the server.
 	if ( m_Wake.is_open() )
 		m_Wake.release();
@@ -84,6 +90,8 @@ bool CServer::Listen()
 	const asio::ip::tcp::endpoint endpoint( address, m_nPort );
 	m_Acceptor.open( endpoint.protocol(), error );
 	if ( !error )
+		KeepSocket( m_Acceptor.native_handle() );
+	if ( !error )
 		m_Acceptor.set_option( asio::socket_base::reuse_address( true ), error );
 	if ( !error )
 		m_Acceptor.bind( endpoint, error );
@@ -110,6 +118,7 @@ void CServer::Stop()
 	asio::post( m_Context,
 		[this]
 		{
+			SendAll(); // lines that say good-bye
 			while ( !m_Connections.empty() )
 				m_Connections.back()->Close( "the engine ended the session" );
 			m_Context.stop();
@@ -183,6 +192,22 @@ void CServer::WaitForWork()
 				return;
 			SendAll();
 			WaitForWork();
+		} );
+}
+
+void CServer::LookForFrames()
+{
+	m_bLooking = detail::g_nWanted.load( std::memory_order_relaxed ) != 0;
+	if ( !m_bLooking )
+		return;
+	m_FrameTimer.expires_after( FRAME_PAUSE );
+	m_FrameTimer.async_wait(
+		[this]( const std::error_code &error )
+		{
+			if ( error )
+				return;
+			SendAll();
+			LookForFrames();
 		} );
 }
 
@@ -262,6 +287,8 @@ void CServer::OnWantedChanged()
 	if ( detail::g_nWanted.load( std::memory_order_relaxed ) == 0 )
 		g_Engine.m_Frames.Clear();
 	detail::g_nWanted.store( nWanted, std::memory_order_relaxed );
+	if ( !m_bLooking )
+		LookForFrames();
 }
 
 void CServer::OnCommand( CConnection &connection, std::string_view line )

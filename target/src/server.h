@@ -35,6 +35,7 @@ private:
 	void OnAccepted( const std::error_code &error, asio::ip::tcp::socket socket );
 	void AddConnection( asio::ip::tcp::socket socket );
 	void WaitForWork();
+	void LookForFrames();
 	void SendAll();
 	void SendLines();
 	void SendFrames();
@@ -58,6 +59,8 @@ private:
 	asio::steady_timer m_AcceptPause{ m_Context };
 	asio::posix::stream_descriptor m_Wake{ m_Context };
 	uint64_t m_nWakeCount = 0;
+	asio::steady_timer m_FrameTimer{ m_Context };
+	bool m_bLooking = false;                                 // for frames, from time to time
 	std::vector<std::shared_ptr<CConnection>> m_Connections; // oldest first
 	std::thread m_Thread;
 

@@ -1,5 +1,6 @@
 #include "target/showbudget.h"
 
+#include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -9,11 +10,13 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <string_view>
 
 #include "clock.h"
 #include "engine.h"
 #include "server.h"
+#include "socketlist.h"
 #include "text.h"
 
 namespace showbudget
@@ -24,6 +27,18 @@ namespace
 {
 std::unique_ptr<CServer> g_pServer;
 std::atomic<uint16_t> g_nPort{ 0 };
+std::once_flag g_ForkHandled;
+
+// A forked child has no server thread: for it, the session never was.
+void ForgetSession()
+{
+	detail::g_nWanted.store( 0, std::memory_order_relaxed );
+	g_Engine.m_nConsoles.store( 0, std::memory_order_relaxed );
+	g_nPort.store( 0, std::memory_order_relaxed );
+	CloseSocketsOfParent();
+	// Its locks may be held by a thread that the child does not have, so it cannot be ended, only left alone.
+	[[maybe_unused]] const CServer *pLeft = g_pServer.release();
+}
 
 bool MakeWakeDescriptor( const Log &log )
 {
@@ -75,6 +90,7 @@ bool Start( const Settings &settings )
 		log.Line( Severity::Warning, "already started" );
 		return false;
 	}
+	std::call_once( g_ForkHandled, [] { pthread_atfork( nullptr, nullptr, ForgetSession ); } );
 	ChooseClock( settings.m_Clock );
 	if ( !MakeWakeDescriptor( log ) || !StartServer( settings, log ) )
 		return false;
@@ -98,12 +114,8 @@ void EndFrame( Tick tick )
 	const uint32_t nWanted = detail::g_nWanted.load( std::memory_order_relaxed );
 	if ( nWanted == 0 )
 		g_Engine.m_Collector.Idle();
-	else
-	{
-		if ( !g_Engine.m_Collector.EndFrame( tick, nWanted ) )
-			detail::AddOwned( g_Engine.m_nFramesLost, 1 );
-		g_Engine.Wake();
-	}
+	else if ( !g_Engine.m_Collector.EndFrame( tick, nWanted ) )
+		detail::AddOwned( g_Engine.m_nFramesLost, 1 );
 	g_Engine.m_Commands.Run();
 }
 
