@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string_view>
 
-#include "limits.h"
+#include "tablesizes.h"
 #include "target/showbudget.h"
 #include "wire/sessionchunks.h"
 

@@ -288,10 +288,8 @@ bool CConnection::HasRoom() const
 
 void CConnection::CountDropped( uint64_t nFrames )
 {
-	if ( m_nWanted == 0 || nFrames == 0 )
-		return;
-	m_nDropped += nFrames;
-	m_bTickLost = true;
+	if ( m_nWanted != 0 )
+		m_nDropped += nFrames;
 }
 
 void CConnection::ReportDropped()

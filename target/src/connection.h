@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "asio.h"
+#include "asioparts.h"
 #include "framechunks.h"
-#include "limits.h"
+#include "tablesizes.h"
 #include "target/showbudget.h"
 #include "wire/chunkheader.h"
 
@@ -63,7 +63,7 @@ public:
 	void SendLine( Severity severity, std::string_view text );
 	// Sends what this console wants of the frame, or drops it whole when the console reads too slowly.
 	void SendFrame( const SendableFrame &frame );
-	// Frames that were lost before they came here.
+	// Frames that were lost before they came here. The next one that comes opens a tick if one of them did.
 	void CountDropped( uint64_t nFrames );
 	// Hands to the network what was queued, in one piece.
 	void Flush();

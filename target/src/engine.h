@@ -25,7 +25,7 @@ struct EngineState
 
 	// Tells the server's thread that there is something for it. An event descriptor that is never closed, because the
 	// instrumented threads may be about to write to it at any time.
-	int m_nWakeDescriptor = -1;
+	std::atomic<int> m_nWakeDescriptor{ -1 };
 	void Wake() const;
 };
 extern EngineState g_Engine;

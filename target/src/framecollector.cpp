@@ -5,7 +5,7 @@
 
 #include "clock.h"
 #include "registry.h"
-#include "threads.h"
+#include "threadcounters.h"
 
 namespace showbudget
 {

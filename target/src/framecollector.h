@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "framequeue.h"
-#include "limits.h"
+#include "tablesizes.h"
 #include "target/showbudget.h"
 
 namespace showbudget

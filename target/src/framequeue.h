@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "limits.h"
+#include "tablesizes.h"
 
 namespace showbudget
 {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "limits.h"
+#include "tablesizes.h"
 #include "target/showbudget.h"
 
 namespace showbudget

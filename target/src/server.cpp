@@ -12,7 +12,7 @@
 #include "clock.h"
 #include "registry.h"
 #include "socketlist.h"
-#include "threads.h"
+#include "threadcounters.h"
 #include "wire/sessionchunks.h"
 
 namespace showbudget
@@ -235,11 +235,6 @@ void CServer::SendLines()
 
 void CServer::SendFrames()
 {
-	const uint64_t nLost = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
-	for ( const auto &pConnection : m_Connections )
-		pConnection->CountDropped( nLost - m_nFramesLostSeen );
-	m_nFramesLostSeen = nLost;
-
 	Frame frame;
 	while ( g_Engine.m_Frames.Peek( frame ) )
 	{
@@ -249,6 +244,11 @@ void CServer::SendFrames()
 			pConnection->SendFrame( sendable );
 		g_Engine.m_Frames.Pop();
 	}
+
+	const uint64_t nLost = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
+	for ( const auto &pConnection : m_Connections )
+		pConnection->CountDropped( nLost - m_nFramesLostSeen );
+	m_nFramesLostSeen = nLost;
 }
 
 void CServer::SendToAll( Severity severity, std::string_view text )

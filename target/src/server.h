@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "asio.h"
+#include "asioparts.h"
 #include "connection.h"
 #include "engine.h"
 #include "framechunks.h"

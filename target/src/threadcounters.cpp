@@ -1,4 +1,4 @@
-#include "threads.h"
+#include "threadcounters.h"
 
 #include <pthread.h>
 

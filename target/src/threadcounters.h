@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "limits.h"
+#include "tablesizes.h"
 #include "target/showbudget.h"
 
 namespace showbudget
