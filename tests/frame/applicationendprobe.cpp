@@ -1,5 +1,5 @@
-// A host that ends its application object, and then the sub-tool, with a window open and without shutting anything down.
-// Ends with status 0 when the window went with the application.
+// A host that ends its application object, and then the sub-tool, with a window open and without shutting anything
+// down. Ends with status 0 when the window went with the application.
 #include <QApplication>
 #include <QPointer>
 

@@ -161,11 +161,10 @@ TEST_P( CHistoryPicture, IsRightAfterAnyOptionChanged )
 	}
 }
 
+// The sanitizer's allocator keeps what was freed, so there the test could say nothing.
+#if !defined( __SANITIZE_ADDRESS__ ) && !( defined( __has_feature ) && __has_feature( address_sanitizer ) )
 TEST_P( CHistoryPicture, KeepsTheMemoryWhereItIs )
 {
-#if defined( __SANITIZE_ADDRESS__ ) || ( defined( __has_feature ) && __has_feature( address_sanitizer ) )
-	GTEST_SKIP() << "the sanitizer's allocator keeps what was freed";
-#endif
 	const auto Run = [&]( int nRepaints )
 	{
 		QImage image( m_Panel.size(), QImage::Format_RGB32 );
@@ -180,6 +179,7 @@ TEST_P( CHistoryPicture, KeepsTheMemoryWhereItIs )
 	Run( 1000 );
 	EXPECT_LE( mallinfo2().uordblks, nBefore + 16384 );
 }
+#endif
 
 INSTANTIATE_TEST_SUITE_P( AtScale, CHistoryPicture, testing::Values( 1.0f, 2.0f ) );
 
