@@ -33,7 +33,8 @@ BudgetStatistics Model( const CFakeBudgetViewOwner &owner, int nBudget )
 	const int64_t nStart = nNewest < 0 ? 0 : nNewest % 4096;
 	std::vector<uint32_t> window;
 	for ( int64_t i = 0; i < 32 && i < data.m_nSampleCount; i++ )
-		window.push_back( owner.m_Blocks[static_cast<size_t>( nBudget * 4097 + ( nStart - i + 4096 ) % 4096 )] );
+		window.push_back( owner.m_Blocks[static_cast<size_t>(
+			nBudget * static_cast<int>( BUDGET_BLOCK_STRIDE ) + ( nStart - i + 4096 ) % 4096 )] );
 
 	const size_t nSkipped = data.m_bTickSampling ? 1 : 0;
 	BudgetStatistics expected;

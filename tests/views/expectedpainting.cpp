@@ -121,7 +121,7 @@ private:
 		{
 			const auto nBudget = static_cast<size_t>( r );
 			const QColor colour = m_Data.m_Categories[nBudget].m_Colour;
-			const uint32_t *pBlock = m_Data.m_Blocks.data() + nBudget * 4097;
+			const uint32_t *pBlock = m_Data.m_Blocks.data() + nBudget * BUDGET_BLOCK_STRIDE;
 			const int nBottom = nTop + H - 5;
 
 			const int L = Pixels( pBlock[SelectedSlot( m_Data )] );
@@ -171,8 +171,8 @@ private:
 		for ( uint32_t i = 0; i < std::min( m_Data.m_nSampleCount, 32u ); i++ )
 		{
 			const int nSlot = SelectedSlot( m_Data ) - static_cast<int>( i );
-			all.push_back(
-				m_Data.m_Blocks[static_cast<size_t>( nBudget * 4097 + ( nSlot < 0 ? nSlot + 4096 : nSlot ) )] );
+			all.push_back( m_Data.m_Blocks[static_cast<size_t>(
+				nBudget * static_cast<int>( BUDGET_BLOCK_STRIDE ) + ( nSlot < 0 ? nSlot + 4096 : nSlot ) )] );
 		}
 		std::vector<uint32_t> counted = all;
 		if ( m_Data.m_bTickSampling && !counted.empty() )
