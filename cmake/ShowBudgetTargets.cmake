@@ -1,5 +1,10 @@
 # Functions that make the targets of this project.
 
+# What the leak checker is to leave out, for every program that CTest runs.
+set( showbudgetLeakOptions
+	"LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0"
+)
+
 # How test programs are compiled: parsing the headers of the test and widget libraries takes far longer than the tests'
 # own lines, so they are parsed once (precompiled), and test code is not optimised.
 function( showbudget_compile_as_test name )
@@ -14,7 +19,7 @@ endfunction()
 function( showbudget_test name )
 	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS" )
 	add_executable( ${name} ${test_SOURCES} )
-	set( environment "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0" )
+	set( environment "${showbudgetLeakOptions}" )
 	if( test_QT )
 		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support_qt )
 		target_precompile_headers( ${name} REUSE_FROM test_support_qt )
@@ -44,7 +49,9 @@ function( showbudget_fuzzer name )
 		set( replayArguments "${fuzz_CORPUS}" )
 	endif()
 	add_test( NAME ${name}.corpus COMMAND ${name} ${replayArguments} )
-	set_tests_properties( ${name}.corpus PROPERTIES TIMEOUT 180 LABELS fuzz ENVIRONMENT "QT_QPA_PLATFORM=offscreen" )
+	set_tests_properties( ${name}.corpus PROPERTIES TIMEOUT 180 LABELS fuzz
+		ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${showbudgetLeakOptions}"
+	)
 endfunction()
 
 # showbudget_bench( NAME SOURCES file... LIBRARIES target... )
