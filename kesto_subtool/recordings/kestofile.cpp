@@ -92,29 +92,3 @@ CKestoFile::Maximum CKestoFile::FindNextFrame( int32_t nNode, int nFirstFrame, i
 	}
 	return {};
 }
-
-void CKestoFile::CTickTimings::Release()
-{
-	if ( m_nReferences.fetch_sub( 1, std::memory_order_acq_rel ) == 1 )
-		delete this;
-}
-
-CKestoFile::CTickTimings::Entry CKestoFile::CTickTimings::GetEntry( int32_t nNode )
-{
-	if ( IsNode( nNode ) )
-		m_Storage.m_nCount = std::max( m_Storage.m_nCount, nNode + 1 );
-	return PeekEntry( nNode );
-}
-
-CKestoFile::CTickTimings::Entry CKestoFile::CTickTimings::PeekEntry( int32_t nNode ) const
-{
-	if ( nNode < 0 )
-		return {};
-	const auto &[nCount, nStored, pEntries, pNodes] = m_Storage;
-	if ( !pNodes )
-		return nNode < nStored ? pEntries[static_cast<size_t>( nNode )] : Entry{};
-	const auto found = std::lower_bound( pNodes->begin(), pNodes->end(), nNode );
-	if ( found == pNodes->end() || *found != nNode )
-		return {};
-	return pEntries[static_cast<size_t>( found - pNodes->begin() )];
-}

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <span>
 #include <utility>
@@ -106,7 +107,7 @@ private:
 
 	std::atomic<int> m_nReferences{ 1 };
 	int32_t m_nRootNode = -1;
-	std::vector<CRefPtr<CTickTimings>> m_Frames;
+	std::deque<CRefPtr<CTickTimings>> m_Frames;
 	CPagedList<Node> m_Nodes;
 	CPagedList<Maximum> m_Maxima;
 	CPagedList<Sum> m_Sums;
@@ -152,15 +153,30 @@ public:
 		friend bool operator==( const Entry &, const Entry & ) = default;
 	};
 
-	// The entries that take memory. The others of a frame are 0.
+	// The entries that take memory; the others of the frame are 0. An entry takes 32 bits: the calls in the lowest 8,
+	// the time in units of 4 microseconds above them. One that does not fit in is LONG there and has a place of its
+	// own.
 	struct Storage
 	{
-		int32_t m_nCount = 0;  // length of the list
-		int32_t m_nStored = 0; // at most as many
-		// Entry i belongs to node i, or to the i-th of m_pNodes where there are some. Frames of one shape share
-		// m_pNodes.
-		std::unique_ptr<Entry[]> m_pEntries;
-		std::shared_ptr<const std::vector<int32_t>> m_pNodes; // ascending
+		static constexpr uint32_t LONG = 0xFFFFFFFF;
+		struct LongEntry
+		{
+			int32_t m_nSlot;
+			Entry m_Entry;
+		};
+
+		int32_t m_nCount = 0;  // length of the frame's list
+		int32_t m_nStored = 0; // slots, at most as many
+		// Slot i belongs to node i, or to the i-th of m_pNodes where there are some.
+		std::shared_ptr<uint32_t[]> m_pPacked;                // a piece of a slab that many frames share
+		std::shared_ptr<const std::vector<int32_t>> m_pNodes; // ascending; frames of one shape share it
+		std::unique_ptr<std::vector<LongEntry>> m_pLong;      // ascending by slot; null when there are none
+
+		static Entry Unpack( uint32_t nPacked ); // not LONG
+		Entry Get( int32_t nSlot ) const;
+		// Writes to the slot. Long ones are to be sorted before anything is read.
+		void Put( int32_t nSlot, const Entry &entry );
+		void SortLong();
 	};
 
 	// With one reference.
@@ -192,3 +208,8 @@ private:
 	std::atomic<int> m_nReferences{ 1 };
 	Storage m_Storage;
 };
+
+inline CKestoFile::CTickTimings::Entry CKestoFile::CTickTimings::Storage::Unpack( uint32_t nPacked )
+{
+	return { nPacked & 0xff, ( nPacked >> 8 ) * wire::RECORDING_TIME_UNIT };
+}

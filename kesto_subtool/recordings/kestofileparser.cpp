@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "keel0/strtools.h"
+#include "recordings/framestatistics.h"
 
 static_assert( std::endian::native == std::endian::little, "fields are used as they lie in the file" );
 
@@ -210,22 +211,6 @@ void CKestoFileParser::AppendFrame()
 	m_File.m_Frames.push_back( std::move( pFrame ) );
 }
 
-static uint32_t Magnitude( int32_t nTime )
-{
-	const uint32_t nBits = static_cast<uint32_t>( nTime );
-	return nTime < 0 ? 0u - nBits : nBits;
-}
-
-static void AddEntry(
-	CKestoFile::Maximum &maximum, CKestoFile::Sum &sum, const CKestoFile::CTickTimings::Entry &entry, int32_t nFrame )
-{
-	const int32_t nTime = static_cast<int32_t>( entry.m_nTime );
-	if ( Magnitude( nTime ) > Magnitude( maximum.m_nTime ) )
-		maximum = { nTime, nFrame };
-	sum.m_nCalls += entry.m_nCalls;
-	sum.m_nTime += entry.m_nTime;
-}
-
 // Entries of 0 change neither maxima nor sums, so what a frame does not store need not be looked at.
 void CKestoFileParser::AddStatistics( const CKestoFile::CTickTimings::Storage &frame )
 {
@@ -234,18 +219,13 @@ void CKestoFileParser::AddStatistics( const CKestoFile::CTickTimings::Storage &f
 	{
 		for ( int32_t i = 0; i < frame.m_nStored; i++ )
 		{
-			const int32_t nNode = ( *frame.m_pNodes )[i];
-			AddEntry( m_File.m_Maxima.At( nNode ), m_File.m_Sums.At( nNode ), frame.m_pEntries[i], nFrame );
+			const int32_t nNode = ( *frame.m_pNodes )[static_cast<size_t>( i )];
+			AddToStatistics( m_File.m_Maxima.At( nNode ), m_File.m_Sums.At( nNode ), frame.Get( i ), nFrame );
 		}
 		return;
 	}
 	constexpr int32_t PAGE_SIZE = CPagedList<CKestoFile::Sum>::PAGE_SIZE;
 	for ( int32_t nFirst = 0; nFirst < frame.m_nStored; nFirst += PAGE_SIZE )
-	{
-		CKestoFile::Maximum *pMaxima = m_File.m_Maxima.Page( nFirst / PAGE_SIZE );
-		CKestoFile::Sum *pSums = m_File.m_Sums.Page( nFirst / PAGE_SIZE );
-		const CKestoFile::CTickTimings::Entry *pEntries = frame.m_pEntries.get() + nFirst;
-		for ( int32_t i = 0, n = std::min( PAGE_SIZE, frame.m_nStored - nFirst ); i < n; i++ )
-			AddEntry( pMaxima[i], pSums[i], pEntries[i], nFrame );
-	}
+		AddToStatistics( m_File.m_Maxima.Page( nFirst / PAGE_SIZE ), m_File.m_Sums.Page( nFirst / PAGE_SIZE ), frame,
+			nFirst, std::min( PAGE_SIZE, frame.m_nStored - nFirst ), nFrame );
 }

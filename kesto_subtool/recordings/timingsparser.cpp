@@ -19,7 +19,7 @@ void CTimingsParser::BeginFrame()
 bool CTimingsParser::ParseRecord()
 {
 	MakePlan();
-	const bool bFirstOfFrame = !m_bWalked && !m_Stored.m_pEntries;
+	const bool bFirstOfFrame = !m_bWalked && !m_Stored.m_pPacked;
 	return m_bIsTree && bFirstOfFrame ? ParseByPlan() : ParseByWalk();
 }
 
@@ -122,34 +122,47 @@ bool CTimingsParser::ParseEntry( Entry &entry )
 	return bHasCalls || bHasTime;
 }
 
+// An entry in a window that is sure to hold it; returns where it ends.
+const uint8_t *CTimingsParser::ParseLongEntry( const uint8_t *p, int32_t nSlot )
+{
+	const auto read = [&p]( size_t nBytes )
+	{
+		uint32_t nValue = 0;
+		std::memcpy( &nValue, p, nBytes );
+		p += nBytes;
+		return nValue;
+	};
+	uint32_t nCalls = read( 1 );
+	if ( nCalls == wire::RECORDING_LONG_CALLS )
+		nCalls = read( 2 );
+	uint32_t nTime = read( 2 );
+	if ( nTime == wire::RECORDING_LONG_TIME )
+		nTime = read( 4 );
+	m_Stored.Put( nSlot, { nCalls, nTime * wire::RECORDING_TIME_UNIT } );
+	return p;
+}
+
 // Reads entries into their slots from the nFirst-th of the plan on, as many as the window is sure to hold whatever
-// their sizes are. Returns how many those are.
-size_t CTimingsParser::ParseEntriesOfWindow( Entry *pEntries, size_t nFirst )
+// their sizes are. Returns how many those are. A short entry is stored as it lies in the file.
+size_t CTimingsParser::ParseEntriesOfWindow( size_t nFirst )
 {
 	const std::span<const uint8_t> window = m_Source.Window( MAX_ENTRY_SIZE );
 	const size_t nEntries = std::min( window.size() / MAX_ENTRY_SIZE, m_Slots.size() - nFirst );
+	uint32_t *pPacked = m_Stored.m_pPacked.get();
 	const uint8_t *p = window.data();
 	const int32_t *pSlot = m_Slots.data() + nFirst;
 	for ( const int32_t *pLastSlot = pSlot + nEntries; pSlot != pLastSlot; pSlot++ )
 	{
 		uint32_t nHead;
 		std::memcpy( &nHead, p, sizeof( nHead ) );
-		uint32_t nCalls = nHead & 0xff;
-		uint32_t nTime = nHead >> 8 & 0xffff;
+		nHead &= 0xffffff;
+		if ( ( nHead & 0xff ) == wire::RECORDING_LONG_CALLS || nHead >> 8 == wire::RECORDING_LONG_TIME ) [[unlikely]]
+		{
+			p = ParseLongEntry( p, *pSlot );
+			continue;
+		}
+		pPacked[*pSlot] = nHead;
 		p += wire::RECORDING_MIN_ENTRY_SIZE;
-		if ( nCalls == wire::RECORDING_LONG_CALLS ) [[unlikely]]
-		{
-			nCalls = nTime;
-			nTime = 0;
-			std::memcpy( &nTime, p, sizeof( uint16_t ) );
-			p += sizeof( uint16_t );
-		}
-		if ( nTime == wire::RECORDING_LONG_TIME ) [[unlikely]]
-		{
-			std::memcpy( &nTime, p, sizeof( nTime ) );
-			p += sizeof( nTime );
-		}
-		pEntries[*pSlot] = { nCalls, nTime * wire::RECORDING_TIME_UNIT };
 	}
 	if ( nEntries > 0 )
 		m_Source.SkipTo( p );
@@ -158,24 +171,26 @@ size_t CTimingsParser::ParseEntriesOfWindow( Entry *pEntries, size_t nFirst )
 
 bool CTimingsParser::ParseByPlan()
 {
-	const size_t nStored = static_cast<size_t>( m_nPlanStored );
 	m_Stored.m_nCount = m_nPlanCount;
 	m_Stored.m_nStored = m_nPlanStored;
 	m_Stored.m_pNodes = m_pPlanNodes;
-	m_Stored.m_pEntries =
-		m_bFillsAll ? std::make_unique_for_overwrite<Entry[]>( nStored ) : std::make_unique<Entry[]>( nStored );
+	m_Stored.m_pPacked = m_Arena.Allocate( static_cast<size_t>( m_nPlanStored ) );
+	if ( !m_bFillsAll )
+		std::fill_n( m_Stored.m_pPacked.get(), m_nPlanStored, 0u );
 
-	Entry *pEntries = m_Stored.m_pEntries.get();
 	for ( size_t i = 0; i < m_Slots.size(); )
 	{
-		const size_t nParsed = ParseEntriesOfWindow( pEntries, i );
+		const size_t nParsed = ParseEntriesOfWindow( i );
 		i += nParsed;
 		if ( nParsed > 0 )
 			continue;
-		ParseEntry( pEntries[m_Slots[i++]] );
+		Entry entry{};
+		ParseEntry( entry );
+		m_Stored.Put( m_Slots[i++], entry );
 		if ( !m_Source.IsGood() )
 			return ReportTruncated();
 	}
+	m_Stored.SortLong();
 	return true;
 }
 
@@ -212,7 +227,7 @@ void CTimingsParser::MoveToWalked()
 	{
 		const int32_t nNode = m_Stored.m_pNodes ? ( *m_Stored.m_pNodes )[static_cast<size_t>( i )] : i;
 		m_WalkedNodes.push_back( nNode );
-		m_Walked.At( nNode ) = m_Stored.m_pEntries[i];
+		m_Walked.At( nNode ) = m_Stored.Get( i );
 	}
 	m_Stored = {};
 }
@@ -224,11 +239,14 @@ void CTimingsParser::StoreWalked()
 	const bool bList = IsWorthAList( m_nWalkedCount, m_WalkedNodes.size() );
 	m_Stored.m_nCount = m_nWalkedCount;
 	m_Stored.m_nStored = bList ? m_nWalkedCount : static_cast<int32_t>( m_WalkedNodes.size() );
-	m_Stored.m_pEntries = std::make_unique<Entry[]>( static_cast<size_t>( m_Stored.m_nStored ) );
+	m_Stored.m_pPacked = m_Arena.Allocate( static_cast<size_t>( m_Stored.m_nStored ) );
+	if ( bList )
+		std::fill_n( m_Stored.m_pPacked.get(), m_Stored.m_nStored, 0u );
 	for ( size_t i = 0; i < m_WalkedNodes.size(); i++ )
 	{
 		const int32_t nNode = m_WalkedNodes[i];
-		m_Stored.m_pEntries[bList ? static_cast<size_t>( nNode ) : i] = m_Walked[nNode];
+		m_Stored.Put( bList ? nNode : static_cast<int32_t>( i ), m_Walked[nNode] );
 	}
-	m_Stored.m_pNodes = bList ? nullptr : std::make_shared<const std::vector<int32_t>>( m_WalkedNodes );
+	if ( !bList )
+		m_Stored.m_pNodes = std::make_shared<const std::vector<int32_t>>( m_WalkedNodes );
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "recordings/entryarena.h"
 #include "recordings/fieldsource.h"
 #include "recordings/kestofile.h"
 
@@ -39,7 +40,8 @@ private:
 	int32_t NextInWalk( int32_t nNode, std::vector<int32_t> &ancestors ) const;
 
 	bool ParseEntry( Entry &entry );
-	size_t ParseEntriesOfWindow( Entry *pEntries, size_t nFirst );
+	size_t ParseEntriesOfWindow( size_t nFirst );
+	const uint8_t *ParseLongEntry( const uint8_t *p, int32_t nSlot );
 	bool ParseByPlan();
 	bool ParseByWalk();
 	bool ReportTruncated();
@@ -49,8 +51,9 @@ private:
 
 	CFieldSource &m_Source;
 	const CKestoFile &m_File;
+	CEntryArena m_Arena;
 
-	// The plan: for each entry of a record where it goes in Storage::m_pEntries, and the shape of what is stored.
+	// The plan: for each entry of a record its slot, and the shape of what is stored.
 	bool m_bPlanned = false;
 	bool m_bIsTree = false;
 	bool m_bFillsAll = false; // no stored entry is left out by the record
