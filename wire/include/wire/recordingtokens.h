@@ -1,5 +1,5 @@
 // The bytes of a recording (.kesto): what its writer and its reader must agree on. Numbers are little-endian.
-// docs/recordings.md describes the whole file.
+// docs/recording-format.md describes the whole file.
 #pragma once
 
 #include <cstdint>
