@@ -1,0 +1,76 @@
+#include "miniprofiler/miniprofilergrouping.h"
+
+#include <algorithm>
+
+namespace
+{
+bool IsSeparator( char ch )
+{
+	return ch == '/' || ch == '\\' || ch == ':';
+}
+
+bool IsBelow( const CMiniProfilerRow *pRow, const CMiniProfilerRow *pAncestor ) // a row is below itself
+{
+	while ( pRow && pRow != pAncestor )
+		pRow = pRow->m_pTreeParent;
+	return pRow != nullptr;
+}
+} // namespace
+
+MiniProfilerGroupMode MiniProfilerGroupModeOf( int nValue )
+{
+	const bool bKnown = nValue >= static_cast<int>( MiniProfilerGroupMode::Budget ) &&
+						nValue <= static_cast<int>( MiniProfilerGroupMode::Project );
+	return bKnown ? static_cast<MiniProfilerGroupMode>( nValue ) : MiniProfilerGroupMode::None;
+}
+
+MiniProfilerLeafMode MiniProfilerLeafModeOf( int nValue )
+{
+	const bool bKnown = nValue >= static_cast<int>( MiniProfilerLeafMode::StaticTree ) &&
+						nValue <= static_cast<int>( MiniProfilerLeafMode::DynamicTree );
+	return bKnown ? static_cast<MiniProfilerLeafMode>( nValue ) : MiniProfilerLeafMode::None;
+}
+
+void SplitMiniProfilerPath(
+	std::string_view path, const std::function<void( std::string_view key, std::string_view name )> &found )
+{
+	size_t nStart = 0; // of the component's name: its separator, but for the first
+	size_t nPosition = 0;
+	while ( nPosition < path.size() )
+	{
+		if ( !IsSeparator( path[nPosition] ) )
+		{
+			nPosition++;
+			continue;
+		}
+		if ( nPosition > 0 )
+			found( path.substr( 0, nPosition ), path.substr( nStart, nPosition - nStart ) );
+		nStart = nPosition;
+		nPosition += path.substr( nPosition, 2 ) == "::" ? 2 : 1;
+	}
+	if ( !path.empty() )
+		found( path, path.substr( nStart ) );
+}
+
+size_t CommonPrefixLength( std::string_view a, std::string_view b )
+{
+	const auto end = std::mismatch( a.begin(), a.end(), b.begin(), b.end() ).first;
+	auto nLength = static_cast<size_t>( end - a.begin() );
+	const auto IsContinuation = []( std::string_view text, size_t nIndex )
+	{ return nIndex < text.size() && ( text[nIndex] & 0xC0 ) == 0x80; };
+	while ( nLength > 0 && ( IsContinuation( a, nLength ) || IsContinuation( b, nLength ) ) )
+		nLength--;
+	return nLength;
+}
+
+CMiniProfilerRow *MiniProfilerPlacementTarget( const CQMiniProfilerRecord &record, MiniProfilerLeafMode mode )
+{
+	CQMiniProfilerRecord *pParent = nullptr;
+	if ( mode == MiniProfilerLeafMode::StaticTree )
+		pParent = record.m_pStaticParent;
+	else if ( mode == MiniProfilerLeafMode::DynamicTree )
+		pParent = record.m_pCaller;
+
+	const bool bTaken = pParent && pParent->m_pGroup == record.m_pGroup && !IsBelow( pParent, &record );
+	return bTaken ? static_cast<CMiniProfilerRow *>( pParent ) : record.m_pGroup;
+}

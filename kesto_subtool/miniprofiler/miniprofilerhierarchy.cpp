@@ -1,0 +1,119 @@
+// The model of the mini-profiler: which group a record is in, where rows hang, and which groups are still needed.
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "miniprofiler/miniprofilermodel.h"
+
+namespace
+{
+QString ToText( std::string_view text )
+{
+	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
+}
+} // namespace
+
+CMiniProfilerGroup *CMiniProfilerModel::FindOrCreateGroup(
+	const QString &key, const QString &name, CMiniProfilerGroup *pParent )
+{
+	CMiniProfilerGroup *&pGroup = m_GroupMap[key];
+	if ( !pGroup )
+	{
+		m_Groups.push_back(
+			std::make_unique<CMiniProfilerGroup>( name, pParent, static_cast<int32_t>( m_Groups.size() ) ) );
+		pGroup = m_Groups.back().get();
+		if ( const auto colour = m_BudgetColours.constFind( name ); colour != m_BudgetColours.constEnd() )
+			pGroup->SetBudgetColour( *colour );
+		NoteChange( *pGroup );
+	}
+	return pGroup;
+}
+
+// The innermost group of a path; null for an empty one, not pParent.
+CMiniProfilerGroup *CMiniProfilerModel::PathGroup( std::string_view path, CMiniProfilerGroup *pParent )
+{
+	CMiniProfilerGroup *pGroup = nullptr;
+	SplitMiniProfilerPath( path,
+		[&]( std::string_view key, std::string_view name )
+		{ pGroup = FindOrCreateGroup( ToText( key ), ToText( name ), pGroup ? pGroup : pParent ); } );
+	return pGroup;
+}
+
+CMiniProfilerGroup *CMiniProfilerModel::BudgetGroup( const CQMiniProfilerRecord &record )
+{
+	const QString budget = ToText( record.Line( CQMiniProfilerRecord::LINE_BUDGET ) );
+	return budget.isEmpty() ? nullptr : FindOrCreateGroup( budget, budget, nullptr );
+}
+
+CMiniProfilerGroup *CMiniProfilerModel::GroupOf( const CQMiniProfilerRecord &record )
+{
+	const std::string_view file = record.Line( CQMiniProfilerRecord::LINE_FILE );
+	switch ( m_GroupMode )
+	{
+		case MiniProfilerGroupMode::None:
+			break;
+		case MiniProfilerGroupMode::Budget:
+			return BudgetGroup( record );
+		case MiniProfilerGroupMode::File:
+			return PathGroup( WithoutCommonPrefix( file, m_CommonPrefix ), nullptr );
+		case MiniProfilerGroupMode::BudgetAndFile:
+			return PathGroup( WithoutCommonPrefix( file, m_CommonPrefix ), BudgetGroup( record ) );
+		case MiniProfilerGroupMode::Function:
+			return PathGroup( record.Line( CQMiniProfilerRecord::LINE_FUNCTION ), nullptr );
+		case MiniProfilerGroupMode::Project:
+			return PathGroup( record.Line( CQMiniProfilerRecord::LINE_PROJECT ), nullptr );
+	}
+	return nullptr;
+}
+
+void CMiniProfilerModel::Place( CQMiniProfilerRecord &record )
+{
+	CMiniProfilerRow *pTarget = MiniProfilerPlacementTarget( record, m_LeafMode );
+	if ( pTarget == record.m_pTreeParent )
+		return;
+	record.m_pTreeParent = pTarget;
+	record.m_nChanges |= MINIPROFILER_ROW_MOVED;
+	NoteChange( record );
+}
+
+// Every record gets its group before the first one is placed: a record goes below another one only in its own group.
+void CMiniProfilerModel::RebuildHierarchy()
+{
+	for ( const auto &pRecord : m_Records )
+		pRecord->m_pGroup = GroupOf( *pRecord );
+	for ( const auto &pRecord : m_Records )
+		Place( *pRecord );
+}
+
+void CMiniProfilerModel::SetHierarchy( MiniProfilerGroupMode groupMode, MiniProfilerLeafMode leafMode )
+{
+	m_GroupMode = groupMode;
+	m_LeafMode = leafMode;
+	RebuildHierarchy();
+	PruneGroups();
+}
+
+void CMiniProfilerModel::PruneGroups()
+{
+	std::vector<bool> needed( m_Groups.size() );
+	const auto Mark = [&]( const CMiniProfilerGroup &group ) { needed[static_cast<size_t>( group.m_nIndex )] = true; };
+	for ( const auto &pRecord : m_Records )
+		if ( pRecord->m_pGroup )
+			Mark( *pRecord->m_pGroup );
+	for ( size_t i = m_Groups.size(); i-- > 0; )
+		if ( needed[i] && m_Groups[i]->Parent() )
+			Mark( *m_Groups[i]->Parent() );
+
+	const auto bRemoved = [&]( const CMiniProfilerRow *pRow )
+	{ return AsGroup( pRow ) && !needed[static_cast<size_t>( AsGroup( pRow )->m_nIndex )]; };
+	std::erase_if( m_Changes, bRemoved );
+	for ( auto i = m_GroupMap.begin(); i != m_GroupMap.end(); )
+		i = bRemoved( *i ) ? m_GroupMap.erase( i ) : std::next( i );
+
+	const auto firstRemoved = std::stable_partition(
+		m_Groups.begin(), m_Groups.end(), [&]( const auto &pGroup ) { return !bRemoved( pGroup.get() ); } );
+	std::move( firstRemoved, m_Groups.end(), std::back_inserter( m_RemovedGroups ) );
+	m_Groups.erase( firstRemoved, m_Groups.end() );
+	for ( size_t i = 0; i < m_Groups.size(); i++ )
+		m_Groups[i]->m_nIndex = static_cast<int32_t>( i );
+}

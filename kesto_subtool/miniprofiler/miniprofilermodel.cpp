@@ -1,0 +1,202 @@
+// The model of the mini-profiler: what chunks bring. Groups and places are in miniprofilerhierarchy.cpp.
+#include "miniprofiler/miniprofilermodel.h"
+
+#include <utility>
+
+#include "keel0/logging.h"
+#include "miniprofiler/miniprofilerstatistics.h"
+
+namespace
+{
+QString ToText( std::string_view text )
+{
+	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
+}
+} // namespace
+
+CMiniProfilerModel::CMiniProfilerModel( uint64_t nTicksPerSecond )
+	: m_nTicksPerSecond( nTicksPerSecond )
+{
+}
+
+CMiniProfilerModel::~CMiniProfilerModel() = default;
+
+CQMiniProfilerRecord *CMiniProfilerModel::FindOrCreateRecord( uint64_t nId, bool bAdvance )
+{
+	if ( nId == 0 )
+		return nullptr;
+	const auto found = m_RecordMap.find( nId );
+	return found != m_RecordMap.end() ? found->second : CreateRecord( nId, bAdvance );
+}
+
+CQMiniProfilerRecord *CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdvance )
+{
+	if ( m_Records.size() == MAX_RECORDS )
+	{
+		if ( m_IgnoredIds.empty() )
+			Warning( "More than %zu mini-profilers: further ones are ignored until the mini-profiler is cleared\n",
+				MAX_RECORDS );
+		if ( m_IgnoredIds.size() < MAX_RECORDS )
+			m_IgnoredIds.insert( nId );
+		return nullptr;
+	}
+	auto pRecord = std::make_unique<CQMiniProfilerRecord>( nId, m_History.Add( bAdvance ) );
+	CQMiniProfilerRecord *const pResult = pRecord.get();
+	m_Records.push_back( std::move( pRecord ) );
+	m_RecordMap.emplace( nId, pResult );
+	m_WantedIds.push_back( nId );
+	NoteChange( *pResult );
+	return pResult;
+}
+
+void CMiniProfilerModel::SetRecordName(
+	CQMiniProfilerRecord &record, std::string_view name, std::string_view description )
+{
+	const QString oldName = record.Name();
+	record.SetName( ToText( name ) );
+	NoteChange( record );
+	record.SetDescription( description );
+
+	const auto colour = m_BudgetColours.constFind( ToText( record.Line( CQMiniProfilerRecord::LINE_BUDGET ) ) );
+	if ( record.LineCount() > CQMiniProfilerRecord::LINE_BUDGET && colour != m_BudgetColours.constEnd() )
+		record.SetBudgetColour( *colour );
+	NoteDuplicateName( record, oldName );
+
+	if ( const std::string_view file = record.Line( CQMiniProfilerRecord::LINE_FILE ); !file.empty() )
+	{
+		if ( m_CommonPrefix.empty() )
+			m_CommonPrefix = file;
+		else
+			m_CommonPrefix.resize( CommonPrefixLength( m_CommonPrefix, file ) );
+	}
+	record.m_pGroup = GroupOf( record );
+	Place( record );
+}
+
+// A record that is named again under its own name is no duplicate of itself.
+void CMiniProfilerModel::NoteDuplicateName( CQMiniProfilerRecord &record, const QString &oldName )
+{
+	if ( oldName != record.Name() && m_NameMap.value( oldName ) == &record )
+		m_NameMap.remove( oldName );
+	CQMiniProfilerRecord *&pFirst = m_NameMap[record.Name()];
+	if ( !pFirst )
+		pFirst = &record;
+	else if ( pFirst != &record )
+	{
+		pFirst->SetFlag( MINIPROFILER_ROW_DUPLICATE );
+		record.SetFlag( MINIPROFILER_ROW_DUPLICATE );
+	}
+}
+
+void CMiniProfilerModel::Clear()
+{
+	m_Changes.clear();
+	m_RemovedGroups.clear();
+	m_RecordMap.clear();
+	m_NameMap.clear();
+	m_GroupMap.clear();
+	m_CommonPrefix.clear();
+	m_Records.clear();
+	m_Groups.clear();
+	m_History.Clear();
+	m_WantedIds.clear();
+	m_IgnoredIds.clear();
+	m_pCostRecord.reset();
+	m_CostRecordHistory.Clear();
+}
+
+void CMiniProfilerModel::ComputeStatistics( bool bPeaks )
+{
+	for ( const auto &pGroup : m_Groups )
+		pGroup->ResetStatistics();
+	ComputeMiniProfilerStatistics( m_History, m_Records, bPeaks );
+	if ( m_pCostRecord )
+		ComputeMiniProfilerStatistics( m_CostRecordHistory, std::span( &m_pCostRecord, 1 ), bPeaks );
+
+	for ( const auto &pRecord : m_Records )
+		if ( pRecord->m_pGroup )
+			pRecord->m_pGroup->Merge( *pRecord );
+	for ( size_t i = m_Groups.size(); i-- > 0; ) // children come after their parents
+		if ( CMiniProfilerGroup *pParent = m_Groups[i]->Parent() )
+			pParent->Merge( *m_Groups[i] );
+}
+
+CQMiniProfilerRecord &CMiniProfilerModel::CostRecord()
+{
+	if ( !m_pCostRecord )
+	{
+		m_pCostRecord = std::make_unique<CQMiniProfilerRecord>( 0, m_CostRecordHistory.Add( false ) );
+		m_pCostRecord->SetName( QStringLiteral( "Kesto cost" ) );
+	}
+	return *m_pCostRecord;
+}
+
+std::vector<uint64_t> CMiniProfilerModel::TakeWantedIds()
+{
+	return std::exchange( m_WantedIds, {} );
+}
+
+std::vector<CMiniProfilerRow *> CMiniProfilerModel::TakeChanges()
+{
+	return std::exchange( m_Changes, {} );
+}
+
+std::vector<std::unique_ptr<CMiniProfilerGroup>> CMiniProfilerModel::TakeRemovedGroups()
+{
+	return std::exchange( m_RemovedGroups, {} );
+}
+
+void CMiniProfilerModel::NoteChange( CMiniProfilerRow &row )
+{
+	if ( row.m_nChanges & MINIPROFILER_ROW_QUEUED )
+		return;
+	row.m_nChanges |= MINIPROFILER_ROW_QUEUED;
+	m_Changes.push_back( &row );
+}
+
+// -- Chunks
+
+void CMiniProfilerModel::BeginData( bool bFirstOfChunk )
+{
+	if ( bFirstOfChunk )
+		m_History.Advance();
+	CostRecord();
+	m_CostRecordHistory.Advance();
+}
+
+void CMiniProfilerModel::SetCounts( uint32_t nRegistered, uint32_t nTransmitted )
+{
+	m_Counters.m_nRegistered = nRegistered;
+	m_Counters.m_nTransmitted = nTransmitted;
+}
+
+void CMiniProfilerModel::AddEntry( uint64_t nId, uint64_t nCallerId, const MiniProfilerSample *pSample )
+{
+	CQMiniProfilerRecord *pRecord = FindOrCreateRecord( nId, true );
+	if ( !pRecord )
+		return;
+	if ( pSample )
+		m_History.SetNewest( pRecord->HistoryIndex(), *pSample );
+	// Most scopes are called from where they were called before: that saves a look into the map.
+	if ( nCallerId == 0 || nCallerId == pRecord->m_nCallerId )
+		return;
+	pRecord->m_pCaller = FindOrCreateRecord( nCallerId, false );
+	pRecord->m_nCallerId = pRecord->m_pCaller ? nCallerId : 0;
+}
+
+void CMiniProfilerModel::AddName(
+	uint64_t nId, uint64_t nStaticParentId, std::string_view name, std::string_view description )
+{
+	CQMiniProfilerRecord *pRecord = FindOrCreateRecord( nId, false );
+	if ( !pRecord )
+		return;
+	SetRecordName( *pRecord, name, description );
+	if ( nStaticParentId != 0 )
+		pRecord->m_pStaticParent = FindOrCreateRecord( nStaticParentId, false );
+}
+
+void CMiniProfilerModel::EndChunk( uint64_t nServiceTicks, uint32_t nLength )
+{
+	m_CostHistory.Push( nServiceTicks );
+	m_Counters.m_nPacketSize = nLength;
+}

@@ -1,0 +1,144 @@
+// The scopes of one engine: records, groups, and what has been heard about them. Knows no widget; the tree view follows
+// through TakeChanges.
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <tsl/robin_map.h>
+#include <tsl/robin_set.h>
+#include <vector>
+
+#include "miniprofiler/iminiprofilersink.h"
+#include "miniprofiler/miniprofilergrouping.h"
+#include "miniprofiler/miniprofilerhistory.h"
+#include "miniprofiler/miniprofileroverhead.h"
+#include "miniprofiler/miniprofilerrow.h"
+
+class CMiniProfilerModel final : public IMiniProfilerSink
+{
+public:
+	// Records that are kept at most; ids beyond are ignored until Clear.
+	static constexpr size_t MAX_RECORDS = 131072;
+
+	// nTicksPerSecond (> 0) counts until an engine tells its own.
+	explicit CMiniProfilerModel( uint64_t nTicksPerSecond );
+	~CMiniProfilerModel();
+	CMiniProfilerModel( const CMiniProfilerModel & ) = delete;
+	CMiniProfilerModel &operator=( const CMiniProfilerModel & ) = delete;
+
+	// Null for id 0 and for a new id when the model is full. A new record's id joins the wanted names; with bAdvance it
+	// takes part in the present interval.
+	CQMiniProfilerRecord *FindOrCreateRecord( uint64_t nId, bool bAdvance );
+
+	// Names the record, takes its description apart, and files and places it as the hierarchy says.
+	void SetRecordName( CQMiniProfilerRecord &record, std::string_view name, std::string_view description );
+
+	// Deletes every record and group and forgets names, wanted names and the common prefix. Budget colours, costs,
+	// counters, the tick frequency and the hierarchy stay. Whoever shows rows must have let go of them.
+	void Clear();
+
+	// A budget of that name already there gets the new colour. Records take their colour when they are named.
+	void SetBudgetColour( const QString &name, const QColor &colour ) { m_BudgetColours.insert( name, colour ); }
+	QColor BudgetColour( const QString &name ) const { return m_BudgetColours.value( name ); } // invalid: unknown
+
+	// Files and places every record anew and removes the groups that no record needs any more.
+	void SetHierarchy( MiniProfilerGroupMode groupMode, MiniProfilerLeafMode leafMode );
+
+	// The same without a new mode and without removing groups: callers may have changed.
+	void RebuildHierarchy();
+
+	// Statistics of all records, and of the groups from the innermost out.
+	void ComputeStatistics( bool bPeaks );
+
+	std::span<const std::unique_ptr<CQMiniProfilerRecord>> Records() const { return m_Records; }
+	std::span<const std::unique_ptr<CMiniProfilerGroup>> Groups() const { return m_Groups; }
+	const CMiniProfilerHistory &History() const { return m_History; }
+	const CMiniProfilerGroup *FindGroup( const QString &key ) const { return m_GroupMap.value( key ); }
+
+	// The record of the profiler system's own cost, id 0: made when it is first asked for. It is in no list.
+	CQMiniProfilerRecord &CostRecord();
+
+	const CMiniProfilerCostHistory &CostHistory() const { return m_CostHistory; }
+	const MiniProfilerCounters &Counters() const { return m_Counters; }
+	uint64_t TickFrequency() const { return m_nTicksPerSecond; }
+	const std::string &CommonPrefix() const { return m_CommonPrefix; } // of all source files
+
+	// Different ids that found no room since Clear, counted up to MAX_RECORDS.
+	size_t IgnoredIds() const { return m_IgnoredIds.size(); }
+
+	// The ids whose names are wanted, oldest first; the list is then empty.
+	std::vector<uint64_t> TakeWantedIds();
+
+	// The rows that are new (without an item), were renamed or moved since the last call, in order of the first change;
+	// a parent group before its children. Their m_nChanges are the caller's to clear.
+	std::vector<CMiniProfilerRow *> TakeChanges();
+	bool HasChanges() const { return !m_Changes.empty() || !m_RemovedGroups.empty(); }
+
+	// Groups that are no longer in the list but may have an item still; they end when the result does.
+	std::vector<std::unique_ptr<CMiniProfilerGroup>> TakeRemovedGroups();
+
+	void SetPaused( bool bPaused ) { m_bPaused = bPaused; }
+
+	// IMiniProfilerSink
+	bool IsPaused() const override { return m_bPaused; }
+	void BeginData( bool bFirstOfChunk ) override;
+	void SetCounts( uint32_t nRegistered, uint32_t nTransmitted ) override;
+	void AddEntry( uint64_t nId, uint64_t nCallerId, const MiniProfilerSample *pSample ) override;
+	void SetTickFrequency( uint64_t nTicksPerSecond ) override { m_nTicksPerSecond = nTicksPerSecond; }
+	void SetNamesSent( int32_t nCount ) override { m_Counters.m_nNamesSent = nCount; }
+	void AddName(
+		uint64_t nId, uint64_t nStaticParentId, std::string_view name, std::string_view description ) override;
+	void EndChunk( uint64_t nServiceTicks, uint32_t nLength ) override;
+
+	// Ids are addresses, so their low bits are alike.
+	struct IdHash
+	{
+		size_t operator()( uint64_t nId ) const
+		{
+			nId *= 0x9E3779B97F4A7C15;
+			return nId ^ nId >> 32;
+		}
+	};
+	using RecordMap = tsl::robin_map<uint64_t, CQMiniProfilerRecord *, IdHash>;
+
+private:
+	CQMiniProfilerRecord *CreateRecord( uint64_t nId, bool bAdvance );
+	void NoteDuplicateName( CQMiniProfilerRecord &record, const QString &oldName );
+	CMiniProfilerGroup *FindOrCreateGroup( const QString &key, const QString &name, CMiniProfilerGroup *pParent );
+	CMiniProfilerGroup *PathGroup( std::string_view path, CMiniProfilerGroup *pParent );
+	CMiniProfilerGroup *BudgetGroup( const CQMiniProfilerRecord &record );
+	CMiniProfilerGroup *GroupOf( const CQMiniProfilerRecord &record );
+	void Place( CQMiniProfilerRecord &record );
+	void PruneGroups();
+	void NoteChange( CMiniProfilerRow &row );
+
+	std::vector<std::unique_ptr<CQMiniProfilerRecord>> m_Records; // by history index
+	CMiniProfilerHistory m_History;
+	RecordMap m_RecordMap;
+	std::vector<uint64_t> m_WantedIds;
+	tsl::robin_set<uint64_t, IdHash> m_IgnoredIds;
+
+	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_Groups; // parents before their children
+	QHash<QString, CMiniProfilerGroup *> m_GroupMap;
+	QHash<QString, CQMiniProfilerRecord *> m_NameMap; // the first record of a name
+	QHash<QString, QColor> m_BudgetColours;
+	std::string m_CommonPrefix;
+
+	std::unique_ptr<CQMiniProfilerRecord> m_pCostRecord;
+	CMiniProfilerHistory m_CostRecordHistory;
+	CMiniProfilerCostHistory m_CostHistory;
+	MiniProfilerCounters m_Counters;
+	uint64_t m_nTicksPerSecond;
+
+	MiniProfilerGroupMode m_GroupMode = MiniProfilerGroupMode::None;
+	MiniProfilerLeafMode m_LeafMode = MiniProfilerLeafMode::None;
+	bool m_bPaused = false;
+
+	std::vector<CMiniProfilerRow *> m_Changes;
+	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_RemovedGroups;
+};
