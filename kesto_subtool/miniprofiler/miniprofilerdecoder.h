@@ -2,11 +2,10 @@
 //
 // Payload: u64 the engine's own cost of the interval in ticks, then sub-records up to the end: u32 kind, u32 end offset
 // (from the start of the payload), data up to there.
-// Kind 0, data: 16 bytes of which the first 8 may be the sample mark, u32 scopes registered, u32 scopes transmitted, then
-// entries: u32 unused, u64 id, u64 caller id, 16 bytes that are a sample (u64 inclusive ticks, u64 calls) with the mark
-// and mean nothing without it.
-// Kind 1, names: u64 ticks per second, i32 count, then entries: u64 id, u64 static parent id, name, description, both
-// zero-terminated.
+// Kind 0, data: 16 bytes of which the first 8 may be the sample mark, u32 scopes registered, u32 scopes transmitted,
+// then entries: u32 unused, u64 id, u64 caller id, 16 bytes that are a sample (u64 inclusive ticks, u64 calls) with the
+// mark and mean nothing without it. Kind 1, names: u64 ticks per second, i32 count, then entries: u64 id, u64 static
+// parent id, name, description, both zero-terminated.
 #pragma once
 
 #include <cstddef>

@@ -44,5 +44,6 @@ inline std::string_view WithoutCommonPrefix( std::string_view path, std::string_
 }
 
 // The row under which a record's item belongs: its static parent or caller (as the mode says, when that is in the same
-// group), else its group; null is the tree's top level. A record that would come to hang below itself goes to its group.
+// group), else its group; null is the tree's top level. A record that would come to hang below itself goes to its
+// group.
 CMiniProfilerRow *MiniProfilerPlacementTarget( const CQMiniProfilerRecord &record, MiniProfilerLeafMode mode );

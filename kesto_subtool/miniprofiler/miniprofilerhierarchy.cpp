@@ -33,8 +33,7 @@ CMiniProfilerGroup *CMiniProfilerModel::FindOrCreateGroup(
 CMiniProfilerGroup *CMiniProfilerModel::PathGroup( std::string_view path, CMiniProfilerGroup *pParent )
 {
 	CMiniProfilerGroup *pGroup = nullptr;
-	SplitMiniProfilerPath( path,
-		[&]( std::string_view key, std::string_view name )
+	SplitMiniProfilerPath( path, [&]( std::string_view key, std::string_view name )
 		{ pGroup = FindOrCreateGroup( ToText( key ), ToText( name ), pGroup ? pGroup : pParent ); } );
 	return pGroup;
 }

@@ -34,8 +34,8 @@ public:
 	// the present interval.
 	uint32_t Add( bool bAdvanced );
 
-	// Opens an interval: the newest slot of every ring becomes the second newest, and the one exposed instead keeps what
-	// it held, which is 0 or the sample of CAPACITY intervals before.
+	// Opens an interval: the newest slot of every ring becomes the second newest, and the one exposed instead keeps
+	// what it held, which is 0 or the sample of CAPACITY intervals before.
 	void Advance();
 
 	// Fills the newest slot. A ring that has taken part in no interval has none, and the sample is dropped.

@@ -62,6 +62,7 @@ public:
 
 	// The record of the profiler system's own cost, id 0: made when it is first asked for. It is in no list.
 	CQMiniProfilerRecord &CostRecord();
+	uint32_t CostSampleCount() const { return m_pCostRecord ? m_CostRecordHistory.Count( 0 ) : 0; }
 
 	const CMiniProfilerCostHistory &CostHistory() const { return m_CostHistory; }
 	const MiniProfilerCounters &Counters() const { return m_Counters; }

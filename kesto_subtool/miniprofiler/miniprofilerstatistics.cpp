@@ -135,8 +135,8 @@ void ComputeLanes( const CMiniProfilerHistory &history, std::span<const std::uni
 			continue;
 		CQMiniProfilerRecord &record = *records[nFirst + j];
 		record.m_Cur = MakeArray( samples.m_Calls[0][j], samples.m_Ticks[0][j], samples.m_PerCall[0][j] );
-		record.m_Peaks = bPeaks ? MakeArray( totals.m_PeakCalls[j], totals.m_PeakTicks[j], totals.m_PeakPerCall[j] )
-								: record.m_Cur;
+		record.m_Peaks =
+			bPeaks ? MakeArray( totals.m_PeakCalls[j], totals.m_PeakTicks[j], totals.m_PeakPerCall[j] ) : record.m_Cur;
 		record.SetFlag( MINIPROFILER_ROW_IDLE, totals.m_Calls[j] == 0.0 && totals.m_Ticks[j] == 0.0 );
 		record.m_Ave = MakeArray( means.m_Calls[j], means.m_Ticks[j], means.m_PerCall[j] );
 		if ( counts[j] >= 2.0 )
@@ -149,8 +149,8 @@ void ComputeLanes( const CMiniProfilerHistory &history, std::span<const std::uni
 }
 } // namespace
 
-void ComputeMiniProfilerStatistics( const CMiniProfilerHistory &history,
-	std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks )
+void ComputeMiniProfilerStatistics(
+	const CMiniProfilerHistory &history, std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks )
 {
 	for ( uint32_t nFirst = 0; nFirst < records.size(); nFirst += LANES )
 		ComputeLanes( history, records, nFirst, bPeaks );

@@ -16,5 +16,5 @@
 // single sample keeps its deviations. The idle flag says that C and T are 0.
 //
 // records[i] must have history index i; all of them are computed.
-void ComputeMiniProfilerStatistics( const CMiniProfilerHistory &history,
-	std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks );
+void ComputeMiniProfilerStatistics(
+	const CMiniProfilerHistory &history, std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks );

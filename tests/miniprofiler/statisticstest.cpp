@@ -70,7 +70,8 @@ class MiniProfilerStatistics : public testing::Test
 protected:
 	CQMiniProfilerRecord &AddRecord( bool bAdvanced )
 	{
-		m_Records.push_back( std::make_unique<CQMiniProfilerRecord>( m_Records.size() + 1, m_History.Add( bAdvanced ) ) );
+		m_Records.push_back(
+			std::make_unique<CQMiniProfilerRecord>( m_Records.size() + 1, m_History.Add( bAdvanced ) ) );
 		return *m_Records.back();
 	}
 	// A record with these samples, oldest first.
