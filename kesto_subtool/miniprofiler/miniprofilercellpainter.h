@@ -1,0 +1,12 @@
+// Draws a cell of the mini-profiler's tree.
+#pragma once
+
+#include "miniprofiler/miniprofilercelllayout.h"
+
+class QFont;
+class QPainter;
+class QStaticText;
+
+// Nothing is drawn outside `cell`. The painter's pen, brush and font are restored.
+void PaintMiniProfilerCell( QPainter &painter, const QRect &cell, const MiniProfilerCellLayout &layout,
+	const MiniProfilerPalette &palette, const QStaticText &name, const QFont &smallFont );

@@ -1,0 +1,24 @@
+// The colours of the mini-profiler's cells.
+#pragma once
+
+#include <QColor>
+
+struct MiniProfilerPalette
+{
+	QColor m_HoverFill;
+	QColor m_SelectedFill;
+	QColor m_HoverOutline;
+	QColor m_BarOutline;
+	QColor m_BarFill;
+	QColor m_Band;    // between current and average
+	QColor m_PaleBar; // outside the normalised selection
+	QColor m_Sigma;
+	QColor m_StrongSigma; // selected or right-aligned
+	QColor m_PeakOutline;
+	QColor m_PeakFill;
+	QColor m_Faint; // numbers that are as good as 0
+	bool m_bDark = false;
+
+	// The dark colours are given brighter than they are used: each is made 150% darker.
+	static const MiniProfilerPalette &For( bool bDark );
+};

@@ -1,0 +1,52 @@
+#include "miniprofiler/miniprofilerrowitem.h"
+
+#include <QBrush>
+
+#include "miniprofiler/miniprofilertreewidget.h"
+
+CQMiniProfilerRowItem::CQMiniProfilerRowItem( CMiniProfilerRow &row )
+	: QTreeWidgetItem( UserType )
+	, m_Row( row )
+{
+	m_Row.m_pItem = this;
+}
+
+CQMiniProfilerRowItem::~CQMiniProfilerRowItem()
+{
+	m_Row.m_pItem = nullptr;
+}
+
+QVariant CQMiniProfilerRowItem::data( int nColumn, int nRole ) const
+{
+	switch ( nRole )
+	{
+		case Qt::UserRole:
+			return QVariant::fromValue( &m_Row );
+		case Qt::DisplayRole:
+			return nColumn == MINIPROFILER_NAME ? m_Row.Name() : QVariant();
+		case Qt::ToolTipRole:
+		{
+			const CQMiniProfilerRecord *pRecord = AsRecord( &m_Row );
+			return pRecord && nColumn == MINIPROFILER_NAME ? pRecord->ToolTip() : QVariant();
+		}
+		case Qt::ForegroundRole:
+			if ( nColumn == MINIPROFILER_EXCLUSIVE || nColumn == MINIPROFILER_EXCLUSIVE_CALL )
+				return QBrush( Qt::black );
+			if ( nColumn == MINIPROFILER_INCLUSIVE || nColumn == MINIPROFILER_INCLUSIVE_CALL )
+				return QBrush( Qt::gray );
+			return QVariant();
+		default:
+			return QTreeWidgetItem::data( nColumn, nRole );
+	}
+}
+
+bool CQMiniProfilerRowItem::operator<( const QTreeWidgetItem &other ) const
+{
+	const CMiniProfilerRow &otherRow = RowOf( other );
+	const auto *pTree = static_cast<const CQMiniProfilerTreeWidget *>( treeWidget() );
+	const int nColumn = pTree ? pTree->sortColumn() : MINIPROFILER_NAME;
+	if ( nColumn <= MINIPROFILER_NAME || nColumn >= static_cast<int>( MINIPROFILER_COLUMNS ) )
+		return m_Row.Name() < otherRow.Name();
+	const auto nIndex = static_cast<size_t>( nColumn );
+	return m_Row.Array( pTree->SortArray() )[nIndex] < otherRow.Array( pTree->SortArray() )[nIndex];
+}

@@ -1,0 +1,321 @@
+#include "miniprofiler/miniprofilertreewidget.h"
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QTreeWidgetItemIterator>
+
+#include "miniprofiler/miniprofilermodel.h"
+#include "miniprofiler/miniprofilerrowitem.h"
+
+CQMiniProfilerTreeWidget::CQMiniProfilerTreeWidget( QWidget *pParent )
+	: QTreeWidget( pParent )
+{
+	qRegisterMetaType<CMiniProfilerRow *>( "CMiniProfilerRow*" );
+	setColumnCount( static_cast<int>( MINIPROFILER_COLUMNS ) );
+	setUniformRowHeights( true ); // or laying out 10,000 rows measures every one
+	setSelectionMode( ExtendedSelection );
+	setContextMenuPolicy( Qt::CustomContextMenu );
+	viewport()->setAttribute( Qt::WA_Hover );
+	header()->setSortIndicator( MINIPROFILER_INCLUSIVE, Qt::DescendingOrder ); // the heaviest first
+	setSortingEnabled( true );
+}
+
+// The items let go of their rows while those are still there.
+CQMiniProfilerTreeWidget::~CQMiniProfilerTreeWidget()
+{
+	clear();
+}
+
+void CQMiniProfilerTreeWidget::SetHeaderTexts( const QStringList &texts )
+{
+	for ( int i = 0; i < texts.size(); i++ )
+		if ( headerItem()->text( i ) != texts[i] )
+			headerItem()->setText( i, texts[i] );
+}
+
+void CQMiniProfilerTreeWidget::OpenContextMenu( const QPoint &ptGlobal )
+{
+	// Not exec(): rows, and the window too, may end while the menu is open.
+	if ( m_pContextMenu && !m_pContextMenu->isVisible() )
+		m_pContextMenu->popup( ptGlobal );
+}
+
+void CQMiniProfilerTreeWidget::mousePressEvent( QMouseEvent *pEvent )
+{
+	if ( pEvent->button() == Qt::RightButton )
+		OpenContextMenu( pEvent->globalPos() );
+	else
+		QTreeWidget::mousePressEvent( pEvent );
+}
+
+void CQMiniProfilerTreeWidget::keyPressEvent( QKeyEvent *pEvent )
+{
+	if ( pEvent->matches( QKeySequence::Copy ) )
+		emit CopyRequested();
+	else if ( pEvent->key() == Qt::Key_Up && pEvent->modifiers() == Qt::AltModifier && currentItem() )
+		emit JumpToParentRequested( currentItem() );
+	else
+	{
+		QTreeWidget::keyPressEvent( pEvent );
+		return;
+	}
+	pEvent->accept();
+}
+
+bool CQMiniProfilerTreeWidget::IsInOrder( const QTreeWidgetItem &parent, bool bAscending ) const
+{
+	for ( int i = 0; i < parent.childCount(); i++ )
+	{
+		const QTreeWidgetItem *pChild = parent.child( i );
+		if ( i > 0 )
+		{
+			const QTreeWidgetItem *pBefore = parent.child( i - 1 );
+			if ( bAscending ? *pChild < *pBefore : *pBefore < *pChild )
+				return false;
+		}
+		if ( pChild->childCount() > 0 && !IsInOrder( *pChild, bAscending ) )
+			return false;
+	}
+	return true;
+}
+
+void CQMiniProfilerTreeWidget::RestoreOrder()
+{
+	if ( !isSortingEnabled() )
+		return;
+	const Qt::SortOrder order = header()->sortIndicatorOrder();
+	if ( !IsInOrder( *invisibleRootItem(), order == Qt::AscendingOrder ) )
+		model()->sort( sortColumn(), order );
+}
+
+std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::VisibleRows() const
+{
+	std::vector<CMiniProfilerRow *> rows;
+	const QRect area = viewport()->rect();
+	for ( const QTreeWidgetItem *pItem = itemAt( area.topLeft() ); pItem && visualItemRect( pItem ).intersects( area );
+		  pItem = itemBelow( pItem ) )
+		rows.push_back( &RowOf( *pItem ) );
+	return rows;
+}
+
+std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::RowsInOrder() const
+{
+	std::vector<CMiniProfilerRow *> rows;
+	for ( QTreeWidgetItemIterator i( const_cast<CQMiniProfilerTreeWidget *>( this ) ); *i; ++i )
+		rows.push_back( &RowOf( **i ) );
+	return rows;
+}
+
+std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::SelectedRows() const
+{
+	std::vector<CMiniProfilerRow *> rows;
+	if ( !selectionModel()->hasSelection() )
+		return rows;
+	QTreeWidgetItemIterator i( const_cast<CQMiniProfilerTreeWidget *>( this ), QTreeWidgetItemIterator::Selected );
+	for ( ; *i; ++i )
+		rows.push_back( &RowOf( **i ) );
+	return rows;
+}
+
+// Neighbours become one range: thousands of ranges would be slow to compare.
+QItemSelection CQMiniProfilerTreeWidget::SelectionOf( const std::vector<CMiniProfilerRow *> &rows ) const
+{
+	const int nLastColumn = columnCount() - 1;
+	QItemSelection selection;
+	QModelIndex first, last;
+	const auto EndRun = [&]
+	{
+		if ( first.isValid() )
+			selection.append( QItemSelectionRange( first, last.sibling( last.row(), nLastColumn ) ) );
+	};
+	for ( const CMiniProfilerRow *pRow : rows )
+	{
+		const QModelIndex index = indexFromItem( pRow->m_pItem );
+		if ( !first.isValid() || index.row() != last.row() + 1 || index.parent() != last.parent() )
+		{
+			EndRun();
+			first = index;
+		}
+		last = index;
+	}
+	EndRun();
+	return selection;
+}
+
+void CQMiniProfilerTreeWidget::SelectRows( const std::vector<CMiniProfilerRow *> &rows )
+{
+	for ( const CMiniProfilerRow *pRow : rows )
+		for ( QTreeWidgetItem *pParent = pRow->m_pItem->parent(); pParent; pParent = pParent->parent() )
+			pParent->setExpanded( true );
+	selectionModel()->select( SelectionOf( rows ), QItemSelectionModel::ClearAndSelect );
+	if ( !rows.empty() )
+		scrollToItem( rows.front()->m_pItem );
+}
+
+// -- Following the model
+
+struct CQMiniProfilerTreeWidget::PlacesKept
+{
+	std::vector<CMiniProfilerRow *> m_Expanded;
+	std::vector<CMiniProfilerRow *> m_Selected;
+	CMiniProfilerRow *m_pCurrent = nullptr;
+	int m_nScrollX = 0;
+	int m_nScrollY = 0;
+};
+
+namespace
+{
+// More moves than this are made with all items taken out, where a move costs next to nothing.
+constexpr size_t MAX_SINGLE_MOVES = 64;
+
+void CollectRows( const QTreeWidgetItem &item, std::vector<CMiniProfilerRow *> &rows )
+{
+	rows.push_back( &RowOf( item ) );
+	for ( int i = 0; i < item.childCount(); i++ )
+		CollectRows( *item.child( i ), rows );
+}
+} // namespace
+
+// An item that is taken out of the tree loses all this, and what hangs below it does too.
+CQMiniProfilerTreeWidget::PlacesKept CQMiniProfilerTreeWidget::KeepPlaces(
+	const std::vector<CMiniProfilerRow *> &rows ) const
+{
+	PlacesKept places;
+	places.m_nScrollX = horizontalScrollBar()->value();
+	places.m_nScrollY = verticalScrollBar()->value();
+	if ( currentItem() )
+		places.m_pCurrent = &RowOf( *currentItem() );
+	for ( CMiniProfilerRow *pRow : rows )
+	{
+		if ( pRow->m_pItem->isExpanded() )
+			places.m_Expanded.push_back( pRow );
+		if ( pRow->m_pItem->isSelected() )
+			places.m_Selected.push_back( pRow );
+	}
+	return places;
+}
+
+void CQMiniProfilerTreeWidget::RestorePlaces( PlacesKept &places )
+{
+	for ( const CMiniProfilerRow *pRow : places.m_Expanded )
+		if ( pRow->m_pItem )
+			pRow->m_pItem->setExpanded( true );
+	std::erase_if( places.m_Selected, []( const CMiniProfilerRow *pRow ) { return !pRow->m_pItem; } );
+	if ( !places.m_Selected.empty() )
+		selectionModel()->select( SelectionOf( places.m_Selected ), QItemSelectionModel::Select );
+	if ( places.m_pCurrent && places.m_pCurrent->m_pItem && currentItem() != places.m_pCurrent->m_pItem )
+		selectionModel()->setCurrentIndex( indexFromItem( places.m_pCurrent->m_pItem ), QItemSelectionModel::NoUpdate );
+	if ( places.m_nScrollY == 0 && verticalScrollBar()->value() == 0 )
+		return;
+	executeDelayedItemsLayout(); // or the scroll bars do not reach that far yet
+	horizontalScrollBar()->setValue( places.m_nScrollX );
+	verticalScrollBar()->setValue( places.m_nScrollY );
+}
+
+void CQMiniProfilerTreeWidget::TakeItem( QTreeWidgetItem &item )
+{
+	QTreeWidgetItem *pParent = item.parent() ? item.parent() : invisibleRootItem();
+	pParent->takeChild( pParent->indexOfChild( &item ) );
+}
+
+// Whole families at a time: the view is told once for each parent.
+void CQMiniProfilerTreeWidget::InsertItems( const std::vector<CMiniProfilerRow *> &rows )
+{
+	QHash<const CMiniProfilerRow *, QList<QTreeWidgetItem *>> families;
+	std::vector<const CMiniProfilerRow *> parents; // in order of appearance
+	for ( const CMiniProfilerRow *pRow : rows )
+	{
+		QList<QTreeWidgetItem *> &family = families[pRow->m_pTreeParent];
+		if ( family.isEmpty() && pRow->m_pTreeParent )
+			parents.push_back( pRow->m_pTreeParent );
+		family.append( pRow->m_pItem );
+	}
+	// The top level last: what is put together outside the tree costs the view nothing.
+	for ( const CMiniProfilerRow *pParent : parents )
+		pParent->m_pItem->addChildren( families[pParent] );
+	invisibleRootItem()->addChildren( families[nullptr] );
+}
+
+void CQMiniProfilerTreeWidget::MoveSome( const Changes &changes )
+{
+	for ( const CMiniProfilerRow *pRow : changes.m_Moved )
+		TakeItem( *pRow->m_pItem );
+	DeleteItems( changes.m_RemovedGroups );
+	std::vector<CMiniProfilerRow *> rows = changes.m_New;
+	rows.insert( rows.end(), changes.m_Moved.begin(), changes.m_Moved.end() );
+	InsertItems( rows );
+}
+
+void CQMiniProfilerTreeWidget::MoveAll( const Changes &changes, const CMiniProfilerModel &model )
+{
+	std::vector<CMiniProfilerRow *> rows;
+	rows.reserve( model.Groups().size() + model.Records().size() );
+	for ( const auto &pGroup : model.Groups() )
+		rows.push_back( pGroup.get() );
+	for ( const auto &pRecord : model.Records() )
+		rows.push_back( pRecord.get() );
+
+	invisibleRootItem()->takeChildren();
+	for ( const CMiniProfilerRow *pRow : rows )
+		pRow->m_pItem->takeChildren();
+	for ( const auto &pGroup : changes.m_RemovedGroups )
+		if ( pGroup->m_pItem )
+			pGroup->m_pItem->takeChildren();
+	DeleteItems( changes.m_RemovedGroups );
+	InsertItems( rows );
+}
+
+// An item that goes with its parent's is null by the time that it would be deleted itself.
+void CQMiniProfilerTreeWidget::DeleteItems( const std::vector<std::unique_ptr<CMiniProfilerGroup>> &groups )
+{
+	for ( const auto &pGroup : groups )
+		delete pGroup->m_pItem;
+}
+
+CQMiniProfilerTreeWidget::Changes CQMiniProfilerTreeWidget::TakeChanges( CMiniProfilerModel &model )
+{
+	Changes changes;
+	changes.m_RemovedGroups = model.TakeRemovedGroups();
+	for ( CMiniProfilerRow *pRow : model.TakeChanges() )
+	{
+		if ( !pRow->m_pItem )
+		{
+			new CQMiniProfilerRowItem( *pRow ); // the row knows it, and the tree will own it
+			changes.m_New.push_back( pRow );
+		}
+		else if ( pRow->m_nChanges & MINIPROFILER_ROW_MOVED )
+			changes.m_Moved.push_back( pRow );
+		else if ( pRow->m_nChanges & MINIPROFILER_ROW_RENAMED )
+			changes.m_Renamed.push_back( pRow );
+		pRow->m_nChanges = 0;
+	}
+	return changes;
+}
+
+void CQMiniProfilerTreeWidget::Follow( CMiniProfilerModel &model )
+{
+	if ( !model.HasChanges() )
+		return;
+	const Changes changes = TakeChanges( model );
+	for ( const CMiniProfilerRow *pRow : changes.m_Renamed )
+		pRow->m_pItem->NotifyRenamed();
+
+	const bool bAll = changes.m_Moved.size() + changes.m_RemovedGroups.size() > MAX_SINGLE_MOVES;
+	std::vector<CMiniProfilerRow *> uprooted;
+	if ( bAll )
+		uprooted = RowsInOrder();
+	else
+		for ( const CMiniProfilerRow *pRow : changes.m_Moved )
+			CollectRows( *pRow->m_pItem, uprooted );
+	PlacesKept places = KeepPlaces( uprooted );
+
+	const QSignalBlocker blocker( this ); // nobody need see the selection go and come back
+	if ( bAll )
+		MoveAll( changes, model );
+	else
+		MoveSome( changes );
+	RestorePlaces( places );
+}
