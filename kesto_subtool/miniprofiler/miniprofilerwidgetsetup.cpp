@@ -58,6 +58,9 @@ void CQMiniProfilerWidget::CreateTree( bool bDark )
 	m_pTree = new CQMiniProfilerTreeWidget( this );
 	m_pDelegate = new CQMiniProfilerBarDelegate( bDark, this );
 	m_pTree->setItemDelegate( m_pDelegate );
+	QPalette palette = m_pTree->palette(); // the branches beside a selected row are drawn by the style
+	palette.setColor( QPalette::Highlight, MiniProfilerPalette::For( bDark ).m_SelectedFill );
+	m_pTree->setPalette( palette );
 	m_pMenu = new CQMiniProfilerMenu( *m_pDelegate, this );
 	m_pTree->SetContextMenu( m_pMenu );
 }

@@ -7,6 +7,8 @@
 #include <QMenu>
 #include <QScreen>
 #include <QStatusBar>
+#include <algorithm>
+#include <vector>
 
 #include "keel0/memalloc.h"
 #include "miniprofiler/miniprofilerwidget.h"
@@ -80,7 +82,7 @@ void CQBudgetWidget::CreateViews()
 	m_pHistoryView = new CQBudgetHistoryWidget( *this, this );
 	m_pHistoryDock = AddBottomDock( tr( "Budget History" ), "ShowBudget_History", m_pHistoryView );
 
-	m_pMiniProfiler = new CQMiniProfilerWidget( this );
+	m_pMiniProfiler = new CQMiniProfilerWidget( this, m_Owner.GetHost().IsDarkStyle() );
 	connect( m_pMiniProfiler, SIGNAL( OnPauseStateChanged( bool ) ), SLOT( SendMiniProfilerUpdateFlags() ) );
 	m_pMiniProfilerDock = AddBottomDock( tr( "MiniProfiler History" ), "MiniProfiler_History", m_pMiniProfiler );
 	m_pMiniProfilerDock->hide();
@@ -119,14 +121,16 @@ bool CQBudgetWidget::OnDataReceived(
 	ITesselConnection *, uint32_t nChunkType, uint16_t nVersion, uint32_t nLength, uint8_t *pBuffer )
 {
 	const bool bKnownVersion = nVersion == wire::CHUNK_VERSION;
-	if ( bKnownVersion && m_bRunning )
+	if ( bKnownVersion )
 	{
 		const CBusy busy( *this );
 		const std::span<const uint8_t> payload( pBuffer + wire::CHUNK_HEADER_SIZE, nLength );
-		if ( nChunkType == wire::CHUNK_CATEGORIES )
+		if ( nChunkType == wire::CHUNK_CATEGORIES && m_bRunning )
 			ReceiveCategories( payload );
-		else if ( nChunkType == wire::CHUNK_SAMPLE )
+		else if ( nChunkType == wire::CHUNK_SAMPLE && m_bRunning )
 			ReceiveSample( payload );
+		else if ( nChunkType == wire::CHUNK_MINIPROFILER ) // also while sampling is stopped
+			ReceiveMiniProfiler( payload );
 	}
 	g_pMemAlloc->Free( pBuffer );
 	return bKnownVersion;
@@ -152,6 +156,17 @@ void CQBudgetWidget::ReceiveSample( std::span<const uint8_t> payload )
 		m_ReceivedSample.m_bContinuation && bTickSampling, bTickSampling );
 	RefreshStatusTexts();
 	RepaintViews();
+}
+
+void CQBudgetWidget::ReceiveMiniProfiler( std::span<const uint8_t> payload )
+{
+	if ( !m_pMiniProfiler->ReceiveChunk( payload ) )
+		return;
+	const std::vector<uint64_t> ids = m_pMiniProfiler->TakeWantedIds();
+	// The connection may end in any of the attempts.
+	for ( size_t i = 0; i < ids.size() && m_pConnection; i += MAX_NAMES_PER_REQUEST )
+		SendNameRequest(
+			*m_pConnection, std::span( ids ).subspan( i, std::min( MAX_NAMES_PER_REQUEST, ids.size() - i ) ) );
 }
 
 void CQBudgetWidget::SendMiniProfilerUpdateFlags()

@@ -95,6 +95,7 @@ private:
 	bool IsConnected() const;
 	void ReceiveCategories( std::span<const uint8_t> payload );
 	void ReceiveSample( std::span<const uint8_t> payload );
+	void ReceiveMiniProfiler( std::span<const uint8_t> payload );
 	void RefreshStatusTexts();
 	void RepaintViews();
 

@@ -81,8 +81,9 @@ void CQBudgetWidget::OnClearSamples()
 	RepaintViews();
 }
 
-void CQBudgetWidget::TickSampling( bool )
+void CQBudgetWidget::TickSampling( bool bOn )
 {
+	m_pMiniProfiler->SetInterval( bOn ? QStringLiteral( "tick" ) : QStringLiteral( "frame" ) );
 	RefreshStatusTexts();
 	RepaintViews();
 }
