@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QScrollBar>
 #include <QTreeWidgetItemIterator>
 
@@ -63,6 +64,17 @@ void CQMiniProfilerTreeWidget::keyPressEvent( QKeyEvent *pEvent )
 		return;
 	}
 	pEvent->accept();
+}
+
+void CQMiniProfilerTreeWidget::paintEvent( QPaintEvent *pEvent )
+{
+	QTreeWidget::paintEvent( pEvent );
+	if ( topLevelItemCount() > 0 )
+		return;
+	QPainter painter( viewport() );
+	painter.setPen( palette().color( QPalette::Disabled, QPalette::Text ) );
+	painter.drawText( viewport()->rect(), Qt::AlignCenter | Qt::TextWordWrap,
+		tr( "No scopes of the engine have been received yet." ) );
 }
 
 bool CQMiniProfilerTreeWidget::IsInOrder( const QTreeWidgetItem &parent, bool bAscending ) const

@@ -52,6 +52,7 @@ signals:
 protected:
 	void mousePressEvent( QMouseEvent *pEvent ) override;
 	void keyPressEvent( QKeyEvent *pEvent ) override;
+	void paintEvent( QPaintEvent *pEvent ) override; // without rows it says so
 
 private:
 	struct Changes

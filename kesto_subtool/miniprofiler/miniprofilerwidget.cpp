@@ -4,6 +4,7 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QContextMenuEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <algorithm>
@@ -238,6 +239,12 @@ void CQMiniProfilerWidget::mousePressEvent( QMouseEvent *pEvent )
 		m_pTree->OpenContextMenu( pEvent->globalPos() );
 	else
 		QWidget::mousePressEvent( pEvent );
+}
+
+void CQMiniProfilerWidget::contextMenuEvent( QContextMenuEvent *pEvent )
+{
+	m_pTree->OpenContextMenu( pEvent->globalPos() );
+	pEvent->accept();
 }
 
 void CQMiniProfilerWidget::OnContextMenuRequested( const QPoint &ptTree )

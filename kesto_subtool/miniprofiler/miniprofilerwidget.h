@@ -70,6 +70,7 @@ signals:
 
 protected:
 	void mousePressEvent( QMouseEvent *pEvent ) override;
+	void contextMenuEvent( QContextMenuEvent *pEvent ) override; // the window behind has a menu of its own
 
 private slots:
 	void OnPauseToggled( bool bPaused );
@@ -92,7 +93,7 @@ private:
 	CMiniProfilerModel m_Model;
 	CMiniProfilerBarScale m_BarScale;
 	QString m_Interval;
-	QTimer m_RegenerationTimer;
+	QTimer m_RegenerationTimer{ this };
 	uint64_t m_nDataViewTicks = 0; // of the last regeneration, on this process's counter
 	int m_nSearching = 0;          // > 0: the selection changes because of a search
 

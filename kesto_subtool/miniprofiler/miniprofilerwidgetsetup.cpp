@@ -23,6 +23,7 @@ CQMiniProfilerWidget::CQMiniProfilerWidget( QWidget *pParent, bool bDark )
 {
 	setFont( QFont( QStringLiteral( "Arial" ), 9, QFont::Normal ) );
 	m_RegenerationTimer.setSingleShot( true );
+	m_RegenerationTimer.setObjectName( QStringLiteral( "RegenerationTimer" ) );
 	CreateToolBar();
 	CreateTree( bDark );
 	CreateControls();

@@ -157,18 +157,9 @@ TEST_F( ChunkTest, AnyOtherVersionIsDroppedWithResultFalse )
 TEST_F( ChunkTest, OtherTypesAreFreedAndChangeNothing )
 {
 	MakeRunningWindow();
-	for ( const uint32_t nType : { CHUNK_PMPF, CHUNK_KSTO, 0u, 0xFFFFFFFFu } )
+	for ( const uint32_t nType : { CHUNK_KSTO, 0u, 0xFFFFFFFFu } )
 		EXPECT_TRUE( DeliverChunk( *m_pWindow, &m_Connection, nType, 2, SamplePayload( { 1, 2 } ) ) );
 	EXPECT_EQ( Samples().SampleCount(), 0u );
-	EXPECT_EQ( m_Allocator.Live(), 0u );
-}
-
-TEST_F( ChunkTest, MiniProfilerChunksAreAcceptedWhetherSamplingRunsOrNot )
-{
-	MakeWindow();
-	EXPECT_TRUE( m_Connection.Deliver( CHUNK_PMPF, Payload( 8 ) ) );
-	m_pWindow->StartSampling();
-	EXPECT_TRUE( m_Connection.Deliver( CHUNK_PMPF, {} ) );
 	EXPECT_EQ( m_Allocator.Live(), 0u );
 }
 
