@@ -1,6 +1,7 @@
 #include "miniprofiler/miniprofilertexts.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -10,28 +11,36 @@ namespace
 {
 const QChar PLUS_MINUS( 0xB1 );
 
+// As printf writes it with "%.*f" (ties go to the even digit, which QString::number does not do), in every locale.
+QString FixedText( double flValue, int nDecimals )
+{
+	char digits[std::numeric_limits<double>::max_exponent10 + 16];
+	const auto end = std::to_chars( digits, digits + sizeof( digits ), flValue, std::chars_format::fixed, nDecimals );
+	return QString::fromLatin1( digits, static_cast<int>( end.ptr - digits ) );
+}
+
 // Whole numbers without decimals, others with one.
 QString CountText( float flValue )
 {
-	return QString::number( double{ flValue }, 'f', flValue == std::floor( flValue ) ? 0 : 1 );
+	return FixedText( double{ flValue }, flValue == std::floor( flValue ) ? 0 : 1 );
 }
 
 class CTimeFormat
 {
 public:
 	explicit CTimeFormat( const MiniProfilerNumbers &numbers )
-		: m_Format( numbers.m_Unit.m_Format.toLatin1() )
+		: m_nDecimals( numbers.m_Unit.Decimals() )
 		, m_Unit( numbers.m_Unit.m_Unit )
 		, m_flFactor( numbers.m_flFactor )
 	{
 	}
 
-	QString Text( double flTicks ) const { return QString::asprintf( m_Format.constData(), flTicks * m_flFactor ); }
+	QString Text( double flTicks ) const { return FixedText( flTicks * m_flFactor, m_nDecimals ); }
 	QString WithUnit( double flTicks ) const { return Text( flTicks ) + m_Unit; }
 	QString WithUnit( uint64_t nTicks ) const { return WithUnit( static_cast<double>( nTicks ) ); }
 
 private:
-	QByteArray m_Format;
+	int m_nDecimals;
 	QString m_Unit;
 	double m_flFactor;
 };
@@ -137,7 +146,7 @@ QString MiniProfilerCallText( const MiniProfilerValues &values, const MiniProfil
 	QString text = CurAveText( double{ values.m_flCur }, double{ values.m_flAve }, numbers,
 		[]( double flValue ) { return CountText( static_cast<float>( flValue ) ); } );
 	if ( numbers.m_bStDev )
-		text += QStringLiteral( " %1 " ).arg( PLUS_MINUS ) + QString::number( double{ values.m_flStDev }, 'f', 1 );
+		text += QStringLiteral( " %1 " ).arg( PLUS_MINUS ) + FixedText( double{ values.m_flStDev }, 1 );
 	if ( numbers.m_bPeaks )
 		AppendPeak( text, CountText( values.m_flPeak ) );
 	return text;

@@ -9,9 +9,11 @@ struct MiniProfilerUnit
 {
 	QString m_Label;
 	QString m_Unit;
-	QString m_Format;           // for printf, of one double
+	QString m_Format;           // for printf, of one double: "%.Nf"
 	uint32_t m_nScale = 0;      // units per second; 0 shows ticks
 	float m_flThreshold = 0.0f; // half of the last printed digit
+
+	int Decimals() const { return m_Format[2].digitValue(); }
 
 	// What a number of ticks is multiplied by. nTicksPerSecond > 0.
 	double Factor( uint64_t nTicksPerSecond ) const

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <cstdio>
 
 #include "miniprofiler/miniprofilermodel.h"
 #include "miniprofiler/miniprofilertexts.h"
@@ -20,6 +21,13 @@ MiniProfilerNumbers Numbers( bool bCur, bool bAve, bool bStDev, bool bPeaks, siz
 	numbers.m_bStDev = bStDev;
 	numbers.m_bPeaks = bPeaks;
 	return numbers;
+}
+
+QString Printed( int nDecimals, double flValue )
+{
+	char text[64];
+	std::snprintf( text, sizeof( text ), "%.*f", nDecimals, flValue );
+	return text;
 }
 
 TEST( MiniProfilerUnits, AreTheNineInTheirOrder )
@@ -89,7 +97,7 @@ TEST( MiniProfilerTexts, TimesInEveryCombinationAndUnit )
 		{
 			const double flFactor = unit.m_nScale == 0 ? 1.0 : unit.m_nScale / static_cast<double>( FREQUENCY );
 			const int nDecimals = unit.m_nScale == 0 ? 0 : static_cast<int>( nUnit % 4 );
-			return QString::number( flTicks * flFactor, 'f', nDecimals );
+			return Printed( nDecimals, flTicks * flFactor );
 		};
 		for ( int i = 0; i < 16; i++ )
 		{

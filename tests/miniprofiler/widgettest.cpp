@@ -397,6 +397,8 @@ TEST_F( MiniProfilerWidget, ReturnStepsThroughTheMatchesAndShiftReturnBack )
 TEST_F( MiniProfilerWidget, ControlFGoesToTheSearchAndEscapeEmptiesIt )
 {
 	m_Panel.show();
+	m_Panel.activateWindow();
+	QApplication::processEvents();
 	m_Tree.setFocus();
 	QTest::keyClick( &m_Tree, Qt::Key_F, Qt::ControlModifier );
 	EXPECT_TRUE( m_Search.hasFocus() );
