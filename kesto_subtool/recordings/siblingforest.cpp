@@ -9,13 +9,13 @@ int32_t CSiblingForest::AddVertex()
 void CSiblingForest::SetNext( int32_t nVertex, int32_t nNext )
 {
 	Access( nVertex );
-	int32_t &nAhead = m_Vertices[nVertex].m_nChildren[0];
+	int32_t &nAhead = At( nVertex ).m_nChildren[0];
 	if ( nAhead >= 0 )
-		m_Vertices[nAhead].m_nParent = -1;
+		At( nAhead ).m_nParent = -1;
 	nAhead = -1;
 	if ( nNext >= 0 )
 		Access( nNext );
-	m_Vertices[nVertex].m_nParent = nNext;
+	At( nVertex ).m_nParent = nNext;
 }
 
 bool CSiblingForest::ChainHas( int32_t nFirst, int32_t nVertex )
@@ -24,42 +24,41 @@ bool CSiblingForest::ChainHas( int32_t nFirst, int32_t nVertex )
 	// away.
 	Access( nFirst );
 	Splay( nVertex );
-	return nFirst == nVertex || m_Vertices[nFirst].m_nParent >= 0;
+	return nFirst == nVertex || At( nFirst ).m_nParent >= 0;
 }
 
 bool CSiblingForest::IsTop( int32_t nVertex ) const
 {
-	const int32_t nParent = m_Vertices[nVertex].m_nParent;
-	return nParent < 0 ||
-		   ( m_Vertices[nParent].m_nChildren[0] != nVertex && m_Vertices[nParent].m_nChildren[1] != nVertex );
+	const int32_t nParent = At( nVertex ).m_nParent;
+	return nParent < 0 || ( At( nParent ).m_nChildren[0] != nVertex && At( nParent ).m_nChildren[1] != nVertex );
 }
 
 void CSiblingForest::Rotate( int32_t nVertex )
 {
-	const int32_t nParent = m_Vertices[nVertex].m_nParent;
-	const int32_t nGrandparent = m_Vertices[nParent].m_nParent;
-	const int nSide = m_Vertices[nParent].m_nChildren[1] == nVertex ? 1 : 0;
+	const int32_t nParent = At( nVertex ).m_nParent;
+	const int32_t nGrandparent = At( nParent ).m_nParent;
+	const int nSide = At( nParent ).m_nChildren[1] == nVertex ? 1 : 0;
 	if ( !IsTop( nParent ) )
-		m_Vertices[nGrandparent].m_nChildren[m_Vertices[nGrandparent].m_nChildren[1] == nParent ? 1 : 0] = nVertex;
-	const int32_t nInner = m_Vertices[nVertex].m_nChildren[1 - nSide];
-	m_Vertices[nParent].m_nChildren[nSide] = nInner;
+		At( nGrandparent ).m_nChildren[At( nGrandparent ).m_nChildren[1] == nParent ? 1 : 0] = nVertex;
+	const int32_t nInner = At( nVertex ).m_nChildren[1 - nSide];
+	At( nParent ).m_nChildren[nSide] = nInner;
 	if ( nInner >= 0 )
-		m_Vertices[nInner].m_nParent = nParent;
-	m_Vertices[nVertex].m_nChildren[1 - nSide] = nParent;
-	m_Vertices[nParent].m_nParent = nVertex;
-	m_Vertices[nVertex].m_nParent = nGrandparent;
+		At( nInner ).m_nParent = nParent;
+	At( nVertex ).m_nChildren[1 - nSide] = nParent;
+	At( nParent ).m_nParent = nVertex;
+	At( nVertex ).m_nParent = nGrandparent;
 }
 
 void CSiblingForest::Splay( int32_t nVertex )
 {
 	while ( !IsTop( nVertex ) )
 	{
-		const int32_t nParent = m_Vertices[nVertex].m_nParent;
+		const int32_t nParent = At( nVertex ).m_nParent;
 		if ( !IsTop( nParent ) )
 		{
-			const int32_t nGrandparent = m_Vertices[nParent].m_nParent;
-			const bool bStraight = ( m_Vertices[nParent].m_nChildren[0] == nVertex ) ==
-								   ( m_Vertices[nGrandparent].m_nChildren[0] == nParent );
+			const int32_t nGrandparent = At( nParent ).m_nParent;
+			const bool bStraight =
+				( At( nParent ).m_nChildren[0] == nVertex ) == ( At( nGrandparent ).m_nChildren[0] == nParent );
 			Rotate( bStraight ? nParent : nVertex );
 		}
 		Rotate( nVertex );
@@ -70,12 +69,12 @@ void CSiblingForest::Splay( int32_t nVertex )
 void CSiblingForest::Access( int32_t nVertex )
 {
 	Splay( nVertex );
-	m_Vertices[nVertex].m_nChildren[1] = -1; // what comes before it keeps pointing to it, as a path of its own
-	while ( m_Vertices[nVertex].m_nParent >= 0 )
+	At( nVertex ).m_nChildren[1] = -1; // what comes before it keeps pointing to it, as a path of its own
+	while ( At( nVertex ).m_nParent >= 0 )
 	{
-		const int32_t nAhead = m_Vertices[nVertex].m_nParent;
+		const int32_t nAhead = At( nVertex ).m_nParent;
 		Splay( nAhead );
-		m_Vertices[nAhead].m_nChildren[1] = nVertex;
+		At( nAhead ).m_nChildren[1] = nVertex;
 		Splay( nVertex );
 	}
 }

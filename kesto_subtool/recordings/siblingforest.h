@@ -1,6 +1,7 @@
 // Answers whether a node is in a chain of siblings without walking the chain.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -27,6 +28,8 @@ private:
 		int32_t m_nChildren[2] = { -1, -1 }; // 0: further along the chain, 1: before this vertex
 	};
 
+	Vertex &At( int32_t nVertex ) { return m_Vertices[static_cast<size_t>( nVertex )]; }
+	const Vertex &At( int32_t nVertex ) const { return m_Vertices[static_cast<size_t>( nVertex )]; }
 	bool IsTop( int32_t nVertex ) const;
 	void Rotate( int32_t nVertex );
 	void Splay( int32_t nVertex );

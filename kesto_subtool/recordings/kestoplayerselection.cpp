@@ -1,0 +1,98 @@
+// The player's selection: tree, flame graph and filter.
+#include <QCursor>
+#include <QLineEdit>
+#include <QRegExp>
+#include <QToolTip>
+#include <QTreeWidget>
+
+#include "recordings/flamegraphwidget.h"
+#include "recordings/kestonodeitem.h"
+#include "recordings/kestoplayerwidget.h"
+
+static constexpr size_t MAX_FILTERED = 200; // items that a filter selects at most
+
+static void ExpandAncestors( const QTreeWidgetItem &item )
+{
+	for ( QTreeWidgetItem *pParent = item.parent(); pParent; pParent = pParent->parent() )
+		pParent->setExpanded( true );
+}
+
+void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
+{
+	const QRegExp pattern( text, Qt::CaseInsensitive, QRegExp::Wildcard );
+	std::vector<CKestoNodeItem *> toDeselect;
+	std::vector<CKestoNodeItem *> toSelect;
+	for ( CKestoNodeItem *pItem : m_NodeItems )
+	{
+		if ( !pItem )
+			continue;
+		const bool bMatches = pattern.indexIn( pItem->text( CKestoNodeItem::COLUMN_NAME ) ) >= 0;
+		if ( bMatches != pItem->isSelected() )
+			( bMatches ? toSelect : toDeselect ).push_back( pItem );
+	}
+	if ( toSelect.size() > MAX_FILTERED )
+	{
+		const int nItems = static_cast<int>( toSelect.size() );
+		QToolTip::showText( QCursor::pos(), QString::asprintf( "too many (%d) items matched", nItems ), m_pFilter );
+		return;
+	}
+	QToolTip::hideText();
+	{
+		// One change of the selection, not one per item.
+		const QSignalBlocker blocker( m_pNodeTree );
+		for ( CKestoNodeItem *pItem : toDeselect )
+			pItem->setSelected( false );
+		for ( CKestoNodeItem *pItem : toSelect )
+		{
+			ExpandAncestors( *pItem );
+			pItem->setSelected( true );
+		}
+	}
+	if ( !toDeselect.empty() || !toSelect.empty() )
+		OnTreeSelectionChanged();
+	if ( !toSelect.empty() )
+		m_pNodeTree->scrollToItem( toSelect.front() );
+}
+
+// A node that is in several rows is selected when any of them is.
+void CQKestoPlayerWidget::OnTreeSelectionChanged()
+{
+	for ( size_t i = 0; i < m_NodeItems.size(); i++ )
+	{
+		if ( !m_NodeItems[i] )
+			continue;
+		const int32_t nNode = m_NodeItems[i]->GetNode();
+		int32_t nRow = m_pRows->FirstRowOf( nNode );
+		if ( nRow != static_cast<int32_t>( i ) )
+			continue;
+		bool bSelected = false;
+		for ( ; nRow >= 0; nRow = ( *m_pRows )[nRow].m_nNextRowOfNode )
+			if ( const CKestoNodeItem *pItem = m_NodeItems[static_cast<size_t>( nRow )] )
+				bSelected = bSelected || pItem->isSelected();
+		m_pFlamegraph->SetSelected( nNode, bSelected );
+	}
+}
+
+void CQKestoPlayerWidget::OnSelectedChanged( int nNodeId, bool bSelected )
+{
+	const int32_t nRow = m_pRows ? m_pRows->FirstRowOf( nNodeId ) : -1;
+	CKestoNodeItem *pItem = nRow < 0 ? nullptr : m_NodeItems[static_cast<size_t>( nRow )];
+	if ( !pItem || pItem->isSelected() == bSelected )
+		return;
+	if ( bSelected )
+		ExpandAncestors( *pItem );
+	pItem->setSelected( bSelected );
+	if ( bSelected )
+		m_pNodeTree->scrollToItem( pItem );
+}
+
+void CQKestoPlayerWidget::OnNodeTreeItemClicked( const QPoint &pos )
+{
+	const QTreeWidgetItem *pItem = m_pNodeTree->itemAt( pos );
+	if ( !pItem || !m_pFile )
+		return;
+	bool bIsInt = false;
+	const int nNode = pItem->data( CKestoNodeItem::COLUMN_NAME, Qt::UserRole ).toInt( &bIsInt );
+	if ( bIsInt && nNode >= 0 && nNode < m_pFile->GetNodeCount() )
+		OnItemContextMenu( nNode, m_pNodeTree->mapToGlobal( pos ) );
+}
