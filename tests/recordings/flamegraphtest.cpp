@@ -1,0 +1,308 @@
+#include <gmock/gmock.h>
+
+#include <QPainter>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QStyleOptionGraphicsItem>
+#include <QTest>
+#include <QWheelEvent>
+
+#include "recordings/flamegraphrowitem.h"
+#include "recordings/flamegraphscaleitem.h"
+#include "recordings/flamegraphwidget.h"
+#include "support/paintlog.h"
+#include "tests/recordings/recordingreaders.h"
+#include "tests/recordings/recordingwriter.h"
+
+namespace
+{
+const QColor BAND( 210, 210, 210, 255 );
+
+// Root 0 with "wide" (1) and "narrow" (2); rows 0, 2, 1. Frame 0 is a sixtieth of a second.
+class FlameGraph : public testing::Test
+{
+protected:
+	FlameGraph()
+	{
+		CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "wide", 1 ).Node( 0, "narrow", 2 );
+		writer.BeginTimings().Entry( 1, 4166 ).Entry( 1, 9 ).Entry( 1, 2000 ).EndFrame();
+		writer.BeginFrame().BeginTimings().Entry( 1, 5000 ).Entry( 0, 0 ).Entry( 1, 4000 ).EndFrame();
+		CKestoMemoryReader reader( writer.m_Bytes );
+		m_pFile = ParseRecording( reader );
+		m_Widget.resize( 800, 300 );
+		m_Widget.show();
+	}
+
+	void Show( int nFrame )
+	{
+		m_Widget.SetRecording( m_pFile.Get(), std::make_shared<const NodeRows>( *m_pFile ) );
+		m_Widget.SetFrame( m_pFile->GetFrame( nFrame ) );
+	}
+
+	CQFlamegraphRowItem &Item( int nRow ) { return *m_Widget.GetRowItems()[static_cast<size_t>( nRow )]; }
+
+	static std::vector<PaintOp> Paint( QGraphicsItem &item )
+	{
+		CPaintLog log( QSize( 4000, 400 ) );
+		QPainter painter( &log );
+		QStyleOptionGraphicsItem option;
+		option.exposedRect = item.boundingRect();
+		item.paint( &painter, &option, nullptr );
+		painter.end();
+		return log.Ops();
+	}
+
+	QPoint ViewPoint( const QGraphicsItem &item ) const
+	{
+		return m_Widget.mapFromScene( item.boundingRect().center() );
+	}
+
+	void Wheel( QPoint ptMouse, int nDelta, Qt::KeyboardModifiers modifiers = Qt::NoModifier )
+	{
+		QWheelEvent event( ptMouse, m_Widget.viewport()->mapToGlobal( ptMouse ), QPoint(), QPoint( 0, nDelta ),
+			Qt::NoButton, modifiers, Qt::NoScrollPhase, false );
+		QCoreApplication::sendEvent( m_Widget.viewport(), &event );
+	}
+
+	CRefPtr<CKestoFile> m_pFile;
+	CQFlamegraphWidget m_Widget;
+};
+
+TEST_F( FlameGraph, NothingIsLaidOutBeforeAFrameIsSet )
+{
+	m_Widget.SetRecording( m_pFile.Get(), std::make_shared<const NodeRows>( *m_pFile ) );
+	ASSERT_EQ( m_Widget.GetRowItems().size(), 3u );
+	EXPECT_EQ( Item( 2 ).GetBar(), ( FlameBar{ 0, 0 } ) );
+	m_Widget.SetFrame( m_pFile->GetFrame( 0 ) );
+	EXPECT_EQ( Item( 2 ).GetBar(), ( FlameBar{ 36, 8000 } ) );
+	EXPECT_EQ( Item( 2 ).toolTip(), "wide" );
+}
+
+TEST_F( FlameGraph, BarsStandAtTheirTimeAndGrowUpwards )
+{
+	Show( 0 );
+	const QRectF root = Item( 0 ).boundingRect();
+	EXPECT_FLOAT_EQ( static_cast<float>( root.width() ), 16664 * 0.1f );
+	EXPECT_EQ( root.topLeft(), QPointF( 0, 0 ) );
+	EXPECT_FLOAT_EQ( static_cast<float>( root.height() ), 20.0f * 0.85f );
+	const QRectF wide = Item( 2 ).boundingRect();
+	EXPECT_FLOAT_EQ( static_cast<float>( wide.left() ), 36 * 0.1f );
+	EXPECT_FLOAT_EQ( static_cast<float>( wide.top() ), -20.0f );
+}
+
+TEST_F( FlameGraph, ABarIsARoundedRectangleWithItsNameInTheMiddle )
+{
+	Show( 0 );
+	const QRectF rect = Item( 2 ).boundingRect();
+	const std::vector<PaintOp> ops = Paint( Item( 2 ) );
+	ASSERT_EQ( ops.size(), 3u );
+	EXPECT_EQ( ops[0].m_Kind, PaintOp::Kind::Path );
+	EXPECT_EQ( ops[0].m_Colour, QColor( 245, 240, 215 ) ) << "depth 1, leaf 1";
+	EXPECT_EQ( ops[1].m_Kind, PaintOp::Kind::Path );
+	EXPECT_EQ( ops[1].m_Colour, QColor( Qt::darkYellow ) );
+	EXPECT_NEAR( ops[0].m_Rect.width(), rect.width(), 0.01 );
+	EXPECT_EQ( ops[2], PaintOp::Text( rect.adjusted( 1, 1, -2, -2 ), Qt::AlignCenter | Qt::TextWordWrap, "wide",
+						   ops[2].m_Font, QColor( 30, 30, 40 ) ) );
+}
+
+TEST_F( FlameGraph, ASelectedBarIsOutlinedInCyan )
+{
+	Show( 0 );
+	m_Widget.SetSelected( 1, true );
+	EXPECT_EQ( Paint( Item( 2 ) )[1].m_Colour, QColor( Qt::cyan ) );
+}
+
+TEST_F( FlameGraph, ABarOfFourPixelsHasNoText )
+{
+	Show( 0 );
+	ASSERT_FLOAT_EQ( static_cast<float>( Item( 1 ).boundingRect().width() ), 3.6f );
+	EXPECT_EQ( Paint( Item( 1 ) ).size(), 2u );
+	Wheel( ViewPoint( Item( 2 ) ), 120 ); // 6.6 pixels
+	EXPECT_EQ( Paint( Item( 1 ) ).size(), 3u );
+}
+
+TEST_F( FlameGraph, ABarWithoutTimeIsOnlyAnOutline )
+{
+	Show( 1 );
+	EXPECT_EQ( Item( 1 ).boundingRect().width(), 0.0 );
+	for ( const PaintOp &op : Paint( Item( 1 ) ) )
+		EXPECT_NE( op.m_Kind, PaintOp::Kind::Text );
+}
+
+// The operations that a scale of nMilliseconds and budgets from 2^nExponent on is made of.
+std::vector<PaintOp> ExpectedScale( const FlameMap &map, int nMilliseconds, int nExponent, const QFont &font )
+{
+	const auto band = [&]( double flTop, double flFrom, double flTo )
+	{
+		const double s = map.m_flXScale;
+		const double h = map.m_flRowHeight;
+		return QRectF( flFrom * s, flTop * h, ( flTo - flFrom ) * s, 0.75 * h );
+	};
+	const int nRight = Qt::AlignRight | Qt::AlignVCenter;
+	const auto budget = []( int j ) { return 1000000.0 / ( 1 << j ); };
+	std::vector<PaintOp> ops = {
+		PaintOp::OutlineRect( band( 1.25, 0, nMilliseconds * 1000 ), BAND ),
+		PaintOp::OutlineRect( band( 2, 0, budget( nExponent ) ), BAND ),
+	};
+	for ( int i = 0; i < nMilliseconds; i += 2 )
+		ops.push_back( PaintOp::FillRect( band( 1.25, i * 1000, i * 1000 + 1000 ), BAND ) );
+	for ( int j = nExponent; j <= nExponent + 3; j++ )
+		ops.push_back( PaintOp::FillRect( band( 2, 0.75 * budget( j ), budget( j ) ), BAND ) );
+	const auto label = [&]( const QRectF &box, const QString &text, const QColor &colour )
+	{ ops.push_back( PaintOp::Text( box, nRight, text, font, colour ) ); };
+	for ( int i = 1; i < nMilliseconds; i += 2 )
+		label( band( 1.25, i * 1000, i * 1000 + 1000 ), QString( "%1 ms" ).arg( i + 1 ), Qt::gray );
+	for ( int i = 0; i < nMilliseconds; i += 2 )
+		label( band( 1.25, i * 1000, i * 1000 + 1000 ), QString( "%1 ms" ).arg( i + 1 ), Qt::darkGray );
+	for ( int j = nExponent; j <= nExponent + 1; j++ )
+		label( band( 2, 0.75 * budget( j ), budget( j ) ), QString( "%1 fps" ).arg( 1 << j ), Qt::darkGray );
+	return ops;
+}
+
+TEST_F( FlameGraph, TheScaleShowsMillisecondsAndBudgetsAtSeveralZooms )
+{
+	Show( 0 );
+	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
+	for ( const int nSteps : { 0, 120, -360 } )
+	{
+		Wheel( QPoint( 100, 100 ), nSteps );
+		const std::vector<PaintOp> ops = Paint( scale );
+		const std::vector<PaintOp> expected = ExpectedScale( m_Widget.GetMap(), 17, 5, ops.back().m_Font );
+		ASSERT_EQ( ops.size(), expected.size() ) << nSteps;
+		for ( size_t i = 0; i < ops.size(); i++ )
+			EXPECT_EQ( ops[i], expected[i] ) << "operation " << i << " after " << nSteps;
+	}
+}
+
+TEST_F( FlameGraph, APressOnTheScaleSetsTheMarker )
+{
+	Show( 0 );
+	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
+	const QPoint ptPressed = m_Widget.mapFromScene( QPointF( 500, scale.boundingRect().center().y() ) );
+	QTest::mousePress( m_Widget.viewport(), Qt::LeftButton, Qt::NoModifier, ptPressed );
+	const double flTime = m_Widget.mapToScene( ptPressed ).x() / 0.1;
+	EXPECT_NEAR( scale.GetMarker(), flTime, 0.5 );
+	bool bLine = false;
+	QStringList texts;
+	for ( const PaintOp &op : Paint( scale ) )
+	{
+		bLine = bLine || op == PaintOp::Line(
+								   QLineF( flTime * 0.1, 20 * 2.825, flTime * 0.1, 20 * 3.425 ), QPen( Qt::darkGray ) );
+		texts << op.m_Text;
+	}
+	EXPECT_TRUE( bLine );
+	EXPECT_TRUE( texts.contains( QString::asprintf( "%.1f fps  ", 1000000.0 / flTime ) ) );
+	EXPECT_TRUE( texts.contains( QString::asprintf( "  %.3f ms", flTime * 0.001 ) ) );
+}
+
+TEST_F( FlameGraph, TheWheelZoomsTimeAndWithCtrlTheRowHeight )
+{
+	Show( 0 );
+	Wheel( QPoint( 200, 100 ), 120 );
+	EXPECT_FLOAT_EQ( m_Widget.GetMap().m_flXScale, 0.1f * std::exp( 0.6f ) );
+	EXPECT_EQ( m_Widget.GetMap().m_flRowHeight, 20.0f );
+	Wheel( QPoint( 200, 100 ), -120, Qt::ControlModifier );
+	EXPECT_FLOAT_EQ( m_Widget.GetMap().m_flRowHeight, 20.0f * std::exp( -0.6f ) );
+	EXPECT_FLOAT_EQ( m_Widget.GetMap().m_flXScale, 0.1f * std::exp( 0.6f ) );
+}
+
+TEST_F( FlameGraph, WhatIsUnderTheMouseStaysThereWhileZooming )
+{
+	Show( 0 );
+	Wheel( QPoint( 400, 100 ), 360 ); // wider than the view, so that it can scroll
+	const QPoint ptMouse( 300, 120 );
+	const float flTime = m_Widget.GetMap().TimeAt( static_cast<float>( m_Widget.mapToScene( ptMouse ).x() ) );
+	Wheel( ptMouse, 120 );
+	const float flAfter = m_Widget.GetMap().TimeAt( static_cast<float>( m_Widget.mapToScene( ptMouse ).x() ) );
+	EXPECT_NEAR( flAfter, flTime, 3.0f / m_Widget.GetMap().m_flXScale );
+}
+
+TEST_F( FlameGraph, ZoomingNeverLeavesTheNumbers )
+{
+	Show( 0 );
+	for ( const int nDelta : { 1200, -1200 } )
+		for ( int i = 0; i < 100; i++ )
+		{
+			Wheel( QPoint( 100, 100 ), nDelta );
+			Wheel( QPoint( 100, 100 ), nDelta, Qt::ControlModifier );
+			ASSERT_TRUE( std::isnormal( m_Widget.GetMap().m_flXScale ) );
+			ASSERT_TRUE( std::isnormal( m_Widget.GetMap().m_flRowHeight ) );
+		}
+	m_Widget.grab();
+}
+
+TEST_F( FlameGraph, ClearGoesBackToTheBeginning )
+{
+	Show( 0 );
+	m_Widget.SetSelected( 1, true );
+	Wheel( QPoint( 100, 100 ), 120 );
+	m_Widget.Clear();
+	EXPECT_TRUE( m_Widget.GetRowItems().empty() );
+	EXPECT_EQ( m_Widget.GetMap().m_flXScale, 0.1f );
+	EXPECT_EQ( m_Widget.GetSelectedNode(), -1 );
+	EXPECT_EQ( m_Widget.GetScaleItem().GetScale().GetMilliseconds(), 1 );
+	EXPECT_EQ( m_Widget.GetScaleItem().GetScale().GetExponent(), 1 );
+}
+
+TEST_F( FlameGraph, AClickSelectsAndReportsOnce )
+{
+	Show( 0 );
+	QSignalSpy spy( &m_Widget, &CQFlamegraphWidget::OnItemSelectedChanged );
+	// What a player does: it echoes.
+	QObject::connect(
+		&m_Widget, &CQFlamegraphWidget::OnItemSelectedChanged, &m_Widget, &CQFlamegraphWidget::SetSelected );
+	QTest::mouseClick( m_Widget.viewport(), Qt::LeftButton, Qt::NoModifier, ViewPoint( Item( 2 ) ) );
+	ASSERT_EQ( spy.count(), 1 );
+	EXPECT_EQ( spy[0][0].toInt(), 1 );
+	EXPECT_TRUE( spy[0][1].toBool() );
+	EXPECT_EQ( m_Widget.GetSelectedNode(), 1 );
+}
+
+TEST_F( FlameGraph, SetSelectedReportsNothing )
+{
+	Show( 0 );
+	QSignalSpy spy( &m_Widget, &CQFlamegraphWidget::OnItemSelectedChanged );
+	m_Widget.SetSelected( 1, true );
+	m_Widget.SetSelected( 99, true );
+	EXPECT_EQ( spy.count(), 0 );
+	EXPECT_TRUE( Item( 2 ).isSelected() );
+	EXPECT_EQ( m_Widget.GetSelectedNode(), 1 );
+	m_Widget.Clear();
+	EXPECT_EQ( spy.count(), 0 ) << "going away is no news either";
+}
+
+TEST_F( FlameGraph, TheMiddleButtonPans )
+{
+	Show( 0 );
+	Wheel( QPoint( 100, 100 ), 360 );
+	const int nBefore = m_Widget.horizontalScrollBar()->value();
+	QTest::mousePress( m_Widget.viewport(), Qt::MiddleButton, Qt::NoModifier, QPoint( 300, 100 ) );
+	QMouseEvent move( QEvent::MouseMove, QPointF( 260, 100 ), m_Widget.viewport()->mapToGlobal( QPoint( 260, 100 ) ),
+		Qt::NoButton, Qt::MiddleButton, Qt::NoModifier );
+	QCoreApplication::sendEvent( m_Widget.viewport(), &move );
+	EXPECT_EQ( m_Widget.horizontalScrollBar()->value(), nBefore + 40 );
+}
+
+TEST_F( FlameGraph, ASelectedBarKeepsItsPlaceWhenTheFrameChanges )
+{
+	Show( 0 );
+	Wheel( QPoint( 400, 100 ), 480 );
+	m_Widget.SetSelected( 1, true );
+	m_Widget.centerOn( &Item( 2 ) );
+	const QPoint ptBefore = ViewPoint( Item( 2 ) );
+	m_Widget.SetFrame( m_pFile->GetFrame( 1 ) );
+	EXPECT_LE( ( ViewPoint( Item( 2 ) ) - ptBefore ).manhattanLength(), 3 );
+}
+
+TEST_F( FlameGraph, AContextMenuOnABarIsReported )
+{
+	Show( 0 );
+	QSignalSpy spy( &m_Widget, &CQFlamegraphWidget::OnItemContextMenu );
+	const QPoint pt = ViewPoint( Item( 2 ) );
+	QContextMenuEvent event( QContextMenuEvent::Mouse, pt, QPoint( 700, 500 ) );
+	QCoreApplication::sendEvent( m_Widget.viewport(), &event );
+	ASSERT_EQ( spy.count(), 1 );
+	EXPECT_EQ( spy[0][0].toInt(), 1 );
+	EXPECT_EQ( spy[0][1].toPoint(), QPoint( 700, 500 ) );
+}
+} // namespace

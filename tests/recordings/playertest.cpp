@@ -1,0 +1,408 @@
+#include <gmock/gmock.h>
+
+#include <QAction>
+#include <QDropEvent>
+#include <QFile>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMimeData>
+#include <QSlider>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QToolBar>
+#include <QToolTip>
+#include <QTreeWidget>
+#include <QUrl>
+
+#include "keel0/keyvalues.h"
+#include "keel0/platform.h"
+#include "recordings/flamegraphrowitem.h"
+#include "recordings/flamegraphwidget.h"
+#include "recordings/kestoplayerwidget.h"
+#include "recordings/kestotexts.h"
+#include "tests/recordings/recordingreaders.h"
+#include "tests/recordings/recordingwriter.h"
+
+namespace
+{
+CRefPtr<CKestoFile> Parse( const CRecordingWriter &writer )
+{
+	CKestoMemoryReader reader( writer.m_Bytes );
+	return ParseRecording( reader );
+}
+
+// Root 0 with "Physics" (1) and "Render" (2), "Shadows" (3) below 2: rows 0, 2, 3, 1. Times in units of 4 microseconds;
+// the time of "Render" is nRender.
+CRecordingWriter &Frame( CRecordingWriter &writer, uint32_t nRoot, uint32_t nRender )
+{
+	return writer.BeginFrame()
+		.BeginTimings()
+		.Entry( 1, nRoot )
+		.Entry( 2, nRender )
+		.Entry( 0, 0 )
+		.Entry( 3, 0 )
+		.EndFrame();
+}
+
+CRecordingWriter Recording( const std::vector<uint32_t> &renderTimes )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	writer.Node( 0, "Physics", 1 ).Node( 0, "Render", 2 ).Node( 2, "Shadows", 3 ).EndFrame();
+	for ( const uint32_t nTime : renderTimes )
+		Frame( writer, 4000, nTime );
+	return writer;
+}
+
+class Player : public testing::Test
+{
+protected:
+	Player()
+	{
+		m_Player.resize( 900, 400 );
+		m_Player.show();
+	}
+
+	void Show( const CRecordingWriter &writer ) { m_Player.SetRecording( Parse( writer ).Get() ); }
+	template <typename T>
+	T &Child() const
+	{
+		return *m_Player.findChild<T *>();
+	}
+	QTreeWidgetItem &Item( const char *pName ) const
+	{
+		return *Child<QTreeWidget>().findItems( pName, Qt::MatchExactly | Qt::MatchRecursive ).value( 0 );
+	}
+	QStringList Cells( const char *pName ) const
+	{
+		return { Item( pName ).text( 1 ), Item( pName ).text( 2 ), Item( pName ).text( 3 ) };
+	}
+	void Key( Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier )
+	{
+		QTest::keyClick( &Child<CQFlamegraphWidget>(), key, modifiers );
+	}
+
+	CQKestoPlayerWidget m_Player{ nullptr };
+};
+
+TEST_F( Player, TheToolBarHasItsActionsInOrderAndOnlyOpenIsEnabled )
+{
+	const QList<QAction *> actions = Child<QToolBar>().actions();
+	QStringList texts;
+	for ( const QAction *pAction : actions )
+		if ( !pAction->isSeparator() && !pAction->text().isEmpty() )
+			texts << pAction->text() + ( pAction->isEnabled() ? " on" : " off" );
+	// "Capture" on the first two is deliberate.
+	EXPECT_EQ( texts, ( QStringList{ "Capture on", "Capture off", "Capture off", "Stop Capture off" } ) );
+	EXPECT_TRUE( actions[2]->isSeparator() );
+	EXPECT_TRUE( actions[5]->isSeparator() );
+}
+
+TEST_F( Player, TheMetaObjectHasTheSlotsInTheirOrder )
+{
+	QStringList slotNames;
+	const QMetaObject *pMeta = m_Player.metaObject();
+	for ( int i = pMeta->methodOffset(); i < pMeta->methodCount(); i++ )
+		if ( pMeta->method( i ).methodType() == QMetaMethod::Slot )
+			slotNames << pMeta->method( i ).methodSignature();
+	EXPECT_EQ( slotNames, ( QStringList{ "OnSetTick(int)", "OnSelectedChanged(int,bool)", "OnTreeSelectionChanged()",
+							  "OnRecord()", "OnStop()", "OnFilterChanged(QString)", "OnOpenFile()", "OnSaveFile()",
+							  "OnNodeTreeItemClicked(QPoint)", "OnItemContextMenu(int,QPoint)" } ) );
+}
+
+TEST_F( Player, AnEmptyPlayerSaysHowToGetARecording )
+{
+	EXPECT_EQ( m_Player.GetCurrentTick(), -1 );
+	EXPECT_FALSE( Child<QSlider>().isEnabled() );
+	QStringList texts;
+	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
+		texts << ( pLabel->isVisible() ? pLabel->text() : "" );
+	EXPECT_TRUE( texts.join( "" ).contains( ".kesto" ) );
+	Show( Recording( { 1 } ) );
+	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
+		EXPECT_FALSE( pLabel->isVisible() && pLabel->text().contains( ".kesto" ) );
+}
+
+TEST_F( Player, TheTreeHasTheNodesBelowTheRootInTheOrderOfTheirChains )
+{
+	Show( Recording( { 5 } ) );
+	QTreeWidget &tree = Child<QTreeWidget>();
+	ASSERT_EQ( tree.topLevelItemCount(), 2 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "Render" );
+	EXPECT_EQ( tree.topLevelItem( 1 )->text( 0 ), "Physics" );
+	EXPECT_EQ( tree.topLevelItem( 0 )->child( 0 )->text( 0 ), "Shadows" );
+	EXPECT_EQ( tree.topLevelItem( 0 )->data( 0, Qt::UserRole ).toInt(), 2 );
+	EXPECT_EQ( tree.headerItem()->text( 1 ), "Inclusive" );
+	EXPECT_EQ( Child<QSlider>().maximum(), 1 );
+}
+
+TEST_F( Player, CellsShowMillisecondsDashesAndNothing )
+{
+	Show( Recording( { 3000 } ) );
+	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "", "", "" } ) ) << "frame 0 has no timings";
+	m_Player.OnSetTick( 1 );
+	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "12.0", "12.0", "2" } ) );
+	EXPECT_EQ( Cells( "Shadows" ), ( QStringList{ "", "", "" } ) );
+	EXPECT_EQ( Cells( "Physics" ), ( QStringList{ "-", "-", "3" } ) );
+	EXPECT_EQ( Item( "Render" ).toolTip( 1 ), "ave: 6.000000/call\nmax: 12.000000\nid: 2" );
+	EXPECT_EQ( Child<QSlider>().toolTip(), "1" );
+	m_Player.OnSetTick( 0 );
+	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "", "", "" } ) );
+	EXPECT_EQ( Item( "Render" ).toolTip( 1 ), "ave: 6.000000/call\nmax: 12.000000\nid: 2" ) << "left as it was";
+}
+
+TEST_F( Player, MillisecondsHaveAboutThreeDigits )
+{
+	EXPECT_EQ( FormatMilliseconds( 12345 ), "12.3" );
+	EXPECT_EQ( FormatMilliseconds( 500 ), "0.50" );
+	EXPECT_EQ( FormatMilliseconds( 50 ), "0.050" );
+	EXPECT_EQ( FormatMilliseconds( 150000 ), "150" );
+	EXPECT_EQ( FormatMilliseconds( 1500000 ), "1500" );
+	EXPECT_EQ( FormatMilliseconds( 4 ), "0.0040" );
+	EXPECT_EQ( FormatMilliseconds( -12345 ), "-12.3" );
+}
+
+TEST_F( Player, TicksOutsideTheRecordingAreIgnored )
+{
+	m_Player.OnSetTick( 0 );
+	EXPECT_EQ( m_Player.GetCurrentTick(), -1 );
+	Show( Recording( { 1 } ) );
+	for ( const int nTick : { -1, 2, 1000 } )
+	{
+		m_Player.OnSetTick( nTick );
+		EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
+	}
+}
+
+// Deliberate: the slider's own change shows tick 0 while the views are empty, so the first frame is not shown again.
+TEST_F( Player, ASecondRecordingLoadedAwayFromTheFirstFrameStaysUnfilledUntilTheSliderMoves )
+{
+	const auto filled = []( uint32_t nTime )
+	{
+		CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "Render", 2 ).BeginTimings();
+		writer.Entry( 1, nTime ).Entry( 1, nTime ).EndFrame();
+		return writer.BeginFrame().BeginTimings().Entry( 1, nTime ).Entry( 1, nTime ).EndFrame();
+	};
+	Show( filled( 250 ) );
+	EXPECT_EQ( Cells( "Render" )[0], "1.00" );
+	Child<QSlider>().setValue( 1 );
+	Show( filled( 500 ) );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
+	EXPECT_EQ( Cells( "Render" )[0], "" );
+	EXPECT_EQ( Child<CQFlamegraphWidget>().GetRowItems()[0]->GetBar().m_nWidth, 0 );
+	Child<QSlider>().setValue( 1 );
+	EXPECT_EQ( Cells( "Render" )[0], "2.00" );
+}
+
+TEST_F( Player, ARecordingWithoutFramesDisablesTheSlider )
+{
+	Show( Recording( { 1 } ) );
+	EXPECT_TRUE( Child<QSlider>().isEnabled() );
+	Show( CRecordingWriter().Header() );
+	EXPECT_FALSE( Child<QSlider>().isEnabled() );
+	EXPECT_EQ( m_Player.GetCurrentTick(), -1 );
+	EXPECT_EQ( Child<QTreeWidget>().topLevelItemCount(), 0 );
+}
+
+TEST_F( Player, SelectionGoesBothWays )
+{
+	Show( Recording( { 3000 } ) );
+	m_Player.OnSetTick( 1 );
+	CQFlamegraphWidget &flames = Child<CQFlamegraphWidget>();
+	Item( "Shadows" ).setSelected( true );
+	EXPECT_TRUE( flames.GetRowItems()[2]->isSelected() );
+	EXPECT_EQ( flames.GetSelectedNode(), 3 );
+	Item( "Shadows" ).setSelected( false );
+	EXPECT_FALSE( flames.GetRowItems()[2]->isSelected() );
+
+	flames.GetRowItems()[2]->setSelected( true );
+	EXPECT_TRUE( Item( "Shadows" ).isSelected() );
+	EXPECT_TRUE( Item( "Render" ).isExpanded() );
+	flames.GetRowItems()[0]->setSelected( true );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 1 ) << "the root has no item";
+}
+
+TEST_F( Player, TheFilterSelectsWhatMatchesAndNothingElse )
+{
+	Show( Recording( { 1 } ) );
+	QTest::keyClicks( &Child<QLineEdit>(), "s?a" );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{} );
+	Child<QLineEdit>().setText( "SH?D" );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{ &Item( "Shadows" ) } );
+	EXPECT_TRUE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
+	Child<QLineEdit>().setText( "" );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 3 ) << "an empty text matches every name";
+}
+
+TEST_F( Player, AFilterThatMatchesMoreThan200ItemsChangesNothing )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i <= 201; i++ )
+		writer.Node( 0, i == 1 ? "xa" : "a", i );
+	Show( writer.EndFrame() );
+	Item( "xa" ).setSelected( true );
+	Child<QLineEdit>().setText( "x" );
+	Child<QLineEdit>().setText( "a" ); // 200, besides the selected one
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 201 );
+	Child<QTreeWidget>().clearSelection();
+	Child<QLineEdit>().setText( "" );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 0 );
+	EXPECT_EQ( QToolTip::text(), "too many (201) items matched" );
+	QToolTip::hideText();
+}
+
+QStringList TextsOf( const std::vector<NodeMenuEntry> &entries )
+{
+	QStringList texts;
+	for ( const NodeMenuEntry &entry : entries )
+		texts << entry.m_Text;
+	return texts;
+}
+
+TEST_F( Player, TheNodeMenuListsTheNextFramesAtHalvesOfTheMaximum )
+{
+	// Frames 1 to 5 of "Render": 4000, 400, 1200, 2400, 4000 microseconds; the maximum is frame 1.
+	const CRefPtr<CKestoFile> pFile = Parse( Recording( { 1000, 100, 300, 600, 1000 } ) );
+	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, 1 ) ),
+		( QStringList{ "Max frame 1 (4.000000 ms)", "Next frame 4 (2.400000 ms)", "Next frame 3 (1.200000 ms)",
+			"Next frame 2 (0.400000 ms)" } ) );
+	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, -1 ) ), ( QStringList{ "Max frame 1 (4.000000 ms)" } ) );
+	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, 5 ) ), ( QStringList{ "Max frame 1 (4.000000 ms)" } ) );
+}
+
+TEST_F( Player, ANodeWithoutTimeHasNoNextFrames )
+{
+	EXPECT_EQ( TextsOf( MakeNodeMenu( *Parse( Recording( { 1 } ) ), 3, 0 ) ),
+		( QStringList{ "Max frame -1 (0.000000 ms)" } ) );
+}
+
+TEST_F( Player, TheContextMenuCopiesTheNameOrShowsAFrame )
+{
+	static QString s_Clipboard;
+	Plat_SetClipboardSink( []( const char *pText ) { s_Clipboard = pText; } );
+	Show( Recording( { 1, 9, 1 } ) );
+	for ( const int nEntry : { 0, 1 } )
+	{
+		QTimer::singleShot( 0, &m_Player,
+			[nEntry]
+			{
+				auto *pMenu = qobject_cast<QMenu *>( QApplication::activePopupWidget() );
+				ASSERT_NE( pMenu, nullptr );
+				pMenu->setActiveAction( pMenu->actions()[nEntry] );
+				QTest::keyClick( pMenu, Qt::Key_Return );
+			} );
+		QTreeWidget &tree = Child<QTreeWidget>();
+		m_Player.OnNodeTreeItemClicked( tree.visualItemRect( &Item( "Render" ) ).center() );
+	}
+	Plat_SetClipboardSink( nullptr );
+	EXPECT_EQ( s_Clipboard, "Render" );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 2 );
+	EXPECT_EQ( Child<QSlider>().value(), 2 );
+}
+
+TEST_F( Player, KeysStepThroughTheFrames )
+{
+	CRecordingWriter writer = CRecordingWriter().Header();
+	for ( uint32_t i = 0; i < 30; i++ )
+		writer.BeginFrame().BeginTimings().Entry( 1, i == 7 ? 300 : i == 20 ? 400 : 100 ).EndFrame();
+	Show( writer );
+	Key( Qt::Key_Left );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
+	Key( Qt::Key_Right );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 1 );
+	Key( Qt::Key_Right, Qt::ShiftModifier );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 11 );
+	Key( Qt::Key_N );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 20 );
+	Key( Qt::Key_N );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 20 ) << "there is no further slow frame";
+	Key( Qt::Key_N, Qt::ShiftModifier );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 7 );
+	Key( Qt::Key_M );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 20 );
+	EXPECT_EQ( Child<QSlider>().value(), 20 );
+	QTest::keyClick( &Child<QLineEdit>(), Qt::Key_N );
+	EXPECT_EQ( Child<QLineEdit>().text(), "n" ) << "the filter keeps its letters";
+	for ( int i = 0; i < 3; i++ )
+		Key( Qt::Key_Right, Qt::ShiftModifier );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 29 );
+}
+
+TEST_F( Player, TheFrameAndItsTimeAreReadable )
+{
+	Show( Recording( { 1, 2 } ) );
+	m_Player.OnSetTick( 2 );
+	QStringList texts;
+	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
+		texts << pLabel->text();
+	EXPECT_TRUE( texts.contains( "Frame 2 of 3: 16.0 ms" ) );
+}
+
+TEST_F( Player, AClickOnAColumnSortsNumbersAsNumbersWithDashesBelow )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	const std::vector<std::pair<const char *, uint32_t>> nodes = { { "dash", 0 }, { "ten", 2500 }, { "nine", 2250 } };
+	for ( int32_t i = 0; i < 3; i++ )
+		writer.Node( 0, nodes[static_cast<size_t>( i )].first, i + 1 );
+	writer.Node( 0, "empty", 4 ).BeginTimings().Entry( 1, 9999 ).Entry( 0, 0 );
+	for ( size_t i = 3; i-- > 0; )
+		writer.Entry( 1, nodes[i].second );
+	Show( writer.EndFrame() );
+	QTreeWidget &tree = Child<QTreeWidget>();
+	const auto order = [&]
+	{
+		QStringList names;
+		for ( int i = 0; i < tree.topLevelItemCount(); i++ )
+			names << tree.topLevelItem( i )->text( 0 );
+		return names.join( " " );
+	};
+	EXPECT_EQ( order(), "empty nine ten dash" ) << "the order of the file until a header is clicked";
+	QHeaderView &header = *tree.header();
+	const QPoint ptInclusive( header.sectionViewportPosition( 1 ) + header.sectionSize( 1 ) / 2, header.height() / 2 );
+	QTest::mouseClick( header.viewport(), Qt::LeftButton, Qt::NoModifier, ptInclusive );
+	EXPECT_EQ( order(), "ten nine dash empty" );
+	QTest::mouseClick( header.viewport(), Qt::LeftButton, Qt::NoModifier, ptInclusive );
+	EXPECT_EQ( order(), "empty dash nine ten" );
+}
+
+TEST_F( Player, NodesThatAreNotShownAreCounted )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i <= 4100; i++ )
+		writer.Node( i - 1, "", i );
+	Show( writer.EndFrame() );
+	QStringList texts;
+	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
+		texts << pLabel->text();
+	EXPECT_TRUE( texts.contains( "4 nodes not shown" ) );
+}
+
+TEST_F( Player, ADroppedFileIsOpened )
+{
+	QTemporaryDir folder;
+	const QString path = folder.filePath( "dropped.kesto" );
+	QFile file( path );
+	ASSERT_TRUE( file.open( QIODevice::WriteOnly ) );
+	const std::vector<uint8_t> bytes = Recording( { 1, 2 } ).m_Bytes;
+	file.write( reinterpret_cast<const char *>( bytes.data() ), static_cast<qint64>( bytes.size() ) );
+	file.close();
+	QMimeData data;
+	data.setUrls( { QUrl::fromLocalFile( path ) } );
+	QDragEnterEvent enter( QPoint( 5, 5 ), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier );
+	QCoreApplication::sendEvent( &m_Player, &enter );
+	EXPECT_TRUE( enter.isAccepted() );
+	QDropEvent drop( QPointF( 5, 5 ), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier );
+	QCoreApplication::sendEvent( &m_Player, &drop );
+	EXPECT_EQ( m_Player.GetRecording(), nullptr ) << "not while the drop is being handled";
+	QCoreApplication::processEvents();
+	ASSERT_NE( m_Player.GetRecording(), nullptr );
+	EXPECT_EQ( m_Player.GetRecording()->GetFrameCount(), 3 );
+
+	KeyValues settings( "settings" );
+	m_Player.SaveSettings( settings );
+	EXPECT_EQ( QString( settings.GetString( "recording_directory" ) ), folder.path() );
+}
+} // namespace
