@@ -207,20 +207,20 @@ void CQKestoPlayerWidget::OnSetTick( int nValue )
 // The first click on figures shows the largest first.
 void CQKestoPlayerWidget::SortByColumn( int nColumn )
 {
-	Qt::SortOrder order = nColumn == CKestoNodeItem::COLUMN_NAME ? Qt::AscendingOrder : Qt::DescendingOrder;
 	if ( nColumn == m_nSortColumn )
-		order = m_pNodeTree->header()->sortIndicatorOrder() == Qt::AscendingOrder ? Qt::DescendingOrder
-																				  : Qt::AscendingOrder;
+		m_SortOrder = m_SortOrder == Qt::AscendingOrder ? Qt::DescendingOrder : Qt::AscendingOrder;
+	else
+		m_SortOrder = nColumn == CKestoNodeItem::COLUMN_NAME ? Qt::AscendingOrder : Qt::DescendingOrder;
 	m_nSortColumn = nColumn;
 	m_pNodeTree->header()->setSortIndicatorShown( true );
-	m_pNodeTree->header()->setSortIndicator( nColumn, order );
+	m_pNodeTree->header()->setSortIndicator( nColumn, m_SortOrder ); // which the header may have turned around
 	SortAgain();
 }
 
 void CQKestoPlayerWidget::SortAgain()
 {
 	if ( m_nSortColumn >= 0 )
-		m_pNodeTree->sortItems( m_nSortColumn, m_pNodeTree->header()->sortIndicatorOrder() );
+		m_pNodeTree->sortItems( m_nSortColumn, m_SortOrder );
 }
 
 void CQKestoPlayerWidget::OnRecord() {}

@@ -94,6 +94,7 @@ private:
 	FrameFinder m_FrameFinder;
 	int m_nCurrentTick = -1;
 	int m_nSortColumn = -1; // -1 = the order of the file
+	Qt::SortOrder m_SortOrder = Qt::AscendingOrder;
 	bool m_bOpening = false;
 	QString m_Directory;
 };

@@ -10,6 +10,7 @@
 #include "recordings/flamegraphrowitem.h"
 #include "recordings/flamegraphscaleitem.h"
 #include "recordings/flamegraphwidget.h"
+#include "recordings/flamescalelayout.h"
 #include "support/paintlog.h"
 #include "tests/recordings/recordingreaders.h"
 #include "tests/recordings/recordingwriter.h"
@@ -180,19 +181,45 @@ TEST_F( FlameGraph, APressOnTheScaleSetsTheMarker )
 	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
 	const QPoint ptPressed = m_Widget.mapFromScene( QPointF( 500, scale.boundingRect().center().y() ) );
 	QTest::mousePress( m_Widget.viewport(), Qt::LeftButton, Qt::NoModifier, ptPressed );
-	const double flTime = m_Widget.mapToScene( ptPressed ).x() / 0.1;
+	const float flTime = static_cast<float>( m_Widget.mapToScene( ptPressed ).x() ) / 0.1f;
 	EXPECT_NEAR( scale.GetMarker(), flTime, 0.5 );
 	bool bLine = false;
 	QStringList texts;
 	for ( const PaintOp &op : Paint( scale ) )
 	{
-		bLine = bLine || op == PaintOp::Line(
-								   QLineF( flTime * 0.1, 20 * 2.825, flTime * 0.1, 20 * 3.425 ), QPen( Qt::darkGray ) );
+		bLine = bLine || op == PaintOp::Line( QLineF( flTime * 0.1f, 20 * 2.825, flTime * 0.1f, 20 * 3.425 ),
+								   QPen( Qt::darkGray ) );
 		texts << op.m_Text;
 	}
 	EXPECT_TRUE( bLine );
-	EXPECT_TRUE( texts.contains( QString::asprintf( "%.1f fps  ", 1000000.0 / flTime ) ) );
-	EXPECT_TRUE( texts.contains( QString::asprintf( "  %.3f ms", flTime * 0.001 ) ) );
+	EXPECT_TRUE(
+		texts.join( "" ).contains( QString::asprintf( "%.1f fps", static_cast<double>( 1000000.0f / flTime ) ) ) );
+}
+
+TEST( FlameScaleLayout, TheMarkerHasItsFrameRateAtItsLeftAndItsTimeAtItsRight )
+{
+	FlameScale scale;
+	scale.SetFrameTime( 16666 );
+	const FlameScaleLayout layout = LayoutFlameScale( scale, 8000.0f, FlameMap(), 0.0f, 4000.0f );
+	ASSERT_EQ( layout.m_MarkerLabels.size(), 2u );
+	EXPECT_EQ( layout.m_MarkerLabels[0].m_Text, "125.0 fps  " );
+	EXPECT_EQ( layout.m_MarkerLabels[0].m_Alignment, Qt::AlignRight | Qt::AlignVCenter );
+	EXPECT_EQ( layout.m_MarkerLabels[0].m_Box, QRectF( 0, 55, 800, 15 ) );
+	EXPECT_EQ( layout.m_MarkerLabels[1].m_Text, "  8.000 ms" );
+	EXPECT_EQ( layout.m_MarkerLabels[1].m_Alignment, Qt::AlignLeft | Qt::AlignVCenter );
+	EXPECT_EQ( layout.m_MarkerLabels[1].m_Box, QRectF( 800, 55, 3125 - 800, 15 ) ) << "up to 32 frames per second";
+	EXPECT_TRUE( LayoutFlameScale( scale, 0.0f, FlameMap(), 0.0f, 4000.0f ).m_MarkerLabels.empty() );
+}
+
+TEST( FlameScaleLayout, AFrameOfHalfAnHourIsNotDrawnMillisecondByMillisecond )
+{
+	FlameScale scale;
+	scale.SetFrameTime( 2147483647 );
+	FlameMap map;
+	map.m_flXScale = 1e-6f;
+	const FlameScaleLayout layout = LayoutFlameScale( scale, 0.0f, map, 0.0f, 4000.0f );
+	EXPECT_LT( layout.m_Fills.size() + layout.m_OpenLabels.size(), 5000u );
+	EXPECT_GT( layout.m_Fills.size(), 1000u );
 }
 
 TEST_F( FlameGraph, TheWheelZoomsTimeAndWithCtrlTheRowHeight )
@@ -299,10 +326,11 @@ TEST_F( FlameGraph, AContextMenuOnABarIsReported )
 	Show( 0 );
 	QSignalSpy spy( &m_Widget, &CQFlamegraphWidget::OnItemContextMenu );
 	const QPoint pt = ViewPoint( Item( 2 ) );
-	QContextMenuEvent event( QContextMenuEvent::Mouse, pt, QPoint( 700, 500 ) );
+	const QPoint ptGlobal = m_Widget.viewport()->mapToGlobal( pt );
+	QContextMenuEvent event( QContextMenuEvent::Mouse, pt, ptGlobal );
 	QCoreApplication::sendEvent( m_Widget.viewport(), &event );
 	ASSERT_EQ( spy.count(), 1 );
 	EXPECT_EQ( spy[0][0].toInt(), 1 );
-	EXPECT_EQ( spy[0][1].toPoint(), QPoint( 700, 500 ) );
+	EXPECT_EQ( spy[0][1].toPoint(), ptGlobal );
 }
 } // namespace
