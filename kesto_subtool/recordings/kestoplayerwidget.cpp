@@ -166,7 +166,7 @@ void CQKestoPlayerWidget::UpdateNotice()
 {
 	QString text;
 	if ( !m_pFile )
-		text = tr( "No recording is open. Open a .kesto file with the first button, or drop one here.\n"
+		text = tr( "No recording is open yet. Open a .kesto file with the first button, or drop one here.\n"
 				   "Engines that are built with the target library record such files." );
 	else if ( m_pFile->GetFrameCount() == 0 )
 		text = tr( "The recording has no frames." );
