@@ -44,6 +44,9 @@ install_packages()
 	fi
 }
 
+# Presets that compile a file alike share the result, although each builds in a folder of its own.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+
 # configure_and_build PRESET [TARGET...]
 configure_and_build()
 {

@@ -103,7 +103,9 @@ double Plat_FloatTime()
 {
 	if ( double ( *pSource )() = g_pFloatTimeSource.load( std::memory_order_acquire ) )
 		return pSource();
-	return static_cast<double>( MonotonicNanoseconds() ) / 1e9;
+	timespec now{};
+	clock_gettime( CLOCK_MONOTONIC, &now );
+	return static_cast<double>( now.tv_sec ) + static_cast<double>( now.tv_nsec ) * 1e-9;
 }
 
 uint64_t Plat_CPUTicks()

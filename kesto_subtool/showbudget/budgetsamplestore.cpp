@@ -9,22 +9,14 @@
 
 namespace
 {
-// Whether a value is above its limit. In runs of a fixed length, because compilers turn those into vector instructions.
+// Whether a value is above its limit. Without an early end, because compilers turn that into vector instructions.
 bool IsAnyAbove( const uint32_t *pValues, const uint32_t *pLimits, size_t nCount )
 {
-	constexpr size_t RUN = 16;
-	size_t nFirst = 0;
-	for ( ; nFirst + RUN <= nCount; nFirst += RUN )
-	{
-		uint32_t nAbove = 0;
-		for ( size_t i = 0; i < RUN; i++ )
-			nAbove |= pValues[nFirst + i] > pLimits[nFirst + i] ? 1 : 0;
-		if ( nAbove != 0 )
-			return true;
-	}
-	while ( nFirst < nCount && pValues[nFirst] <= pLimits[nFirst] )
-		nFirst++;
-	return nFirst < nCount;
+	constexpr uint32_t SIGN = 0x80000000u; // vector instructions compare signed numbers
+	int32_t nAbove = 0;
+	for ( size_t i = 0; i < nCount; i++ )
+		nAbove |= static_cast<int32_t>( pValues[i] ^ SIGN ) > static_cast<int32_t>( pLimits[i] ^ SIGN ) ? 1 : 0;
+	return nAbove != 0;
 }
 } // namespace
 

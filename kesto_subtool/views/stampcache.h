@@ -47,12 +47,12 @@ struct StampKey
 
 uint qHash( const StampKey &key, uint nSeed = 0 ) noexcept;
 
-// Keeps what was used last, up to a few megabytes. One per widget: what it holds depends on the fonts and colours of
-// one window only.
+// Keeps what was used last, up to its limit: enough for the names of 64 budgets, which stay, and for the texts of a few
+// seconds, which pass. One per widget: what it holds depends on the fonts and colours of one window only.
 class CStampCache
 {
 public:
-	static constexpr int LIMIT = 8 << 20; // bytes
+	static constexpr int LIMIT = 2 << 20; // bytes
 	int Size() const { return m_Stamps.totalCost(); }
 
 	const Stamp *Find( const StampKey &key ) const { return m_Stamps.object( key ); }
