@@ -34,7 +34,8 @@ Look and settings
 Pictures
   --screenshot FILE    Write a picture (.png) of a window to FILE and end.
   --after SECONDS      When, counted from when the connection is up (default 3).
-  --what WINDOW        Of which window: budget (default) or console.
+  --what WINDOW        Of which window: budget (default), miniprofiler (its panel
+                       of scopes, grouped by budget) or console.
   --size WIDTHxHEIGHT  In which size, in pixels at scale 1 (default 1280x860).
 
   -h, --help           Print this text and end.
@@ -162,12 +163,14 @@ private:
 		ReadSize( size );
 		if ( what == QLatin1String( "console" ) )
 			m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
+		else if ( what == QLatin1String( "miniprofiler" ) )
+			m_Options.m_ScreenshotSubject = ScreenshotSubject::MiniProfiler;
 		else if ( !what.isEmpty() && what != QLatin1String( "budget" ) )
-			Fail( QStringLiteral( "--what: \"%1\" is none of budget, console" ).arg( what ) );
+			Fail( QStringLiteral( "--what: \"%1\" is none of budget, miniprofiler, console" ).arg( what ) );
 		CheckScreenshotFile();
-		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Budget && !m_Options.m_bDemo &&
+		if ( m_Options.m_ScreenshotSubject != ScreenshotSubject::Console && !m_Options.m_bDemo &&
 			 m_Options.m_Connect.empty() )
-			Fail( QStringLiteral( "--screenshot of the budget window needs --connect or --demo" ) );
+			Fail( QStringLiteral( "--screenshot of an engine's data needs --connect or --demo" ) );
 	}
 
 	void ReadAfter( const QString &text )
@@ -215,7 +218,7 @@ private:
 QStringList CommandLineOptions::SubToolsToOpen() const
 {
 	QStringList titles = m_Open;
-	const bool bPicture = !m_ScreenshotFile.isEmpty() && m_ScreenshotSubject == ScreenshotSubject::Budget;
+	const bool bPicture = !m_ScreenshotFile.isEmpty() && m_ScreenshotSubject != ScreenshotSubject::Console;
 	if ( ( m_bDemo || bPicture ) && !titles.contains( g_ShowBudget, Qt::CaseInsensitive ) )
 		titles += g_ShowBudget;
 	return titles;

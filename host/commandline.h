@@ -14,7 +14,8 @@
 enum class ScreenshotSubject
 {
 	Budget,
-	Console
+	Console,
+	MiniProfiler // the Show Budget window's panel of scopes
 };
 
 struct CommandLineOptions

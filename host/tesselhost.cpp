@@ -12,6 +12,7 @@
 #include "demoprocess.h"
 #include "keel0/logging.h"
 #include "keel0/memalloc.h"
+#include "miniprofilerpicture.h"
 #include "targetconnection.h"
 
 namespace
@@ -142,7 +143,10 @@ void CTesselHost::StartScreenshot()
 		m_pLog->Flush();
 		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Console )
 			return m_pWindow.get();
-		return FindSubToolWindow( QLatin1String( "Show Budget" ) );
+		QWidget *pWindow = FindSubToolWindow( QLatin1String( "Show Budget" ) );
+		if ( pWindow && m_Options.m_ScreenshotSubject == ScreenshotSubject::MiniProfiler )
+			return ArrangeMiniProfiler( *pWindow );
+		return pWindow;
 	};
 	m_pScreenshot = std::make_unique<CScreenshot>( m_Options.m_ScreenshotFile, m_Options.m_flScreenshotAfter,
 		m_Options.m_ScreenshotSize * static_cast<double>( GetUIScale() ), findWindow );

@@ -43,8 +43,7 @@ void SplitMiniProfilerPath(
 			nPosition++;
 			continue;
 		}
-		if ( nPosition > 0 )
-			found( path.substr( 0, nPosition ), path.substr( nStart, nPosition - nStart ) );
+		found( path.substr( 0, nPosition ), path.substr( nStart, nPosition - nStart ) );
 		nStart = nPosition;
 		nPosition += path.substr( nPosition, 2 ) == "::" ? 2 : 1;
 	}

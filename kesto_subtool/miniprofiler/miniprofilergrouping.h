@@ -29,8 +29,8 @@ MiniProfilerLeafMode MiniProfilerLeafModeOf( int nValue );
 
 // Calls found( key, name ) for every group of a path, outermost first. Components end at "/", "\", ":" or "::"; a
 // group's key is the path up to the end of its component, its name the component with the separator before it: a/b has
-// the groups "a" under the key "a" and "/b" under the key "a/b". A component without a key (the path begins with a
-// separator) gives no group. The last key is the whole path.
+// the groups "a" under the key "a" and "/b" under the key "a/b". A path that begins with a separator has an empty first
+// component: its key and name are empty. The last key is the whole path; an empty path has none.
 void SplitMiniProfilerPath(
 	std::string_view path, const std::function<void( std::string_view key, std::string_view name )> &found );
 

@@ -52,7 +52,6 @@ CQMiniProfilerRecord *CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdva
 void CMiniProfilerModel::SetRecordName(
 	CQMiniProfilerRecord &record, std::string_view name, std::string_view description )
 {
-	const QString oldName = record.Name();
 	record.SetName( ToText( name ) );
 	NoteChange( record );
 	record.SetDescription( description );
@@ -60,7 +59,7 @@ void CMiniProfilerModel::SetRecordName(
 	const auto colour = m_BudgetColours.constFind( ToText( record.Line( CQMiniProfilerRecord::LINE_BUDGET ) ) );
 	if ( record.LineCount() > CQMiniProfilerRecord::LINE_BUDGET && colour != m_BudgetColours.constEnd() )
 		record.SetBudgetColour( *colour );
-	NoteDuplicateName( record, oldName );
+	NoteDuplicateName( record );
 
 	if ( const std::string_view file = record.Line( CQMiniProfilerRecord::LINE_FILE ); !file.empty() )
 	{
@@ -74,10 +73,8 @@ void CMiniProfilerModel::SetRecordName(
 }
 
 // A record that is named again under its own name is no duplicate of itself.
-void CMiniProfilerModel::NoteDuplicateName( CQMiniProfilerRecord &record, const QString &oldName )
+void CMiniProfilerModel::NoteDuplicateName( CQMiniProfilerRecord &record )
 {
-	if ( oldName != record.Name() && m_NameMap.value( oldName ) == &record )
-		m_NameMap.remove( oldName );
 	CQMiniProfilerRecord *&pFirst = m_NameMap[record.Name()];
 	if ( !pFirst )
 		pFirst = &record;

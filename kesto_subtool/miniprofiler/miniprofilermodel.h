@@ -109,7 +109,7 @@ public:
 
 private:
 	CQMiniProfilerRecord *CreateRecord( uint64_t nId, bool bAdvance );
-	void NoteDuplicateName( CQMiniProfilerRecord &record, const QString &oldName );
+	void NoteDuplicateName( CQMiniProfilerRecord &record );
 	CMiniProfilerGroup *FindOrCreateGroup( const QString &key, const QString &name, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *PathGroup( std::string_view path, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *BudgetGroup( const CQMiniProfilerRecord &record );
@@ -126,7 +126,7 @@ private:
 
 	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_Groups; // parents before their children
 	QHash<QString, CMiniProfilerGroup *> m_GroupMap;
-	QHash<QString, CQMiniProfilerRecord *> m_NameMap; // the first record of a name
+	QHash<QString, CQMiniProfilerRecord *> m_NameMap; // the first record that was given a name
 	QHash<QString, QColor> m_BudgetColours;
 	std::string m_CommonPrefix;
 

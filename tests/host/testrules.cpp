@@ -250,6 +250,9 @@ TEST( CommandLine, OpensShowBudgetForTheDemoAndForAPictureOfIt )
 		Parse( { "--demo", "--open", "show budget" } ).m_Options.SubToolsToOpen(), QStringList( "show budget" ) );
 	EXPECT_EQ( Parse( picture ).m_Options.SubToolsToOpen(), QStringList( "Show Budget" ) );
 	EXPECT_TRUE( Parse( picture + QStringList{ "--what", "console" } ).m_Options.SubToolsToOpen().isEmpty() );
+	const CommandLineOptions panel = Parse( picture + QStringList{ "--what", "miniprofiler" } ).m_Options;
+	EXPECT_EQ( panel.SubToolsToOpen(), QStringList( "Show Budget" ) );
+	EXPECT_EQ( panel.m_ScreenshotSubject, ScreenshotSubject::MiniProfiler );
 }
 
 TEST( CommandLine, PrintsHelpThatNamesEveryOptionAndTheVersion )

@@ -5,17 +5,20 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QDockWidget>
 #include <QImage>
 #include <QImageReader>
 #include <QLabel>
 #include <QLibrary>
 #include <QLineEdit>
+#include <QMainWindow>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <csignal>
 
@@ -23,6 +26,7 @@
 #include "consolepanel.h"
 #include "demoprocess.h"
 #include "keel0/platform.h"
+#include "miniprofilerpicture.h"
 #include "signalwatcher.h"
 #include "targetconnection.h"
 #include "tesselhost.h"
@@ -418,6 +422,29 @@ TEST( Screenshot, FailsWithALineWhenThereIsNoWindowOrNoPlaceToWriteTo )
 		EXPECT_THAT( failed[0][0].toString().toStdString(), HasSubstr( pComplaint ) );
 		pWindow = &window;
 	}
+}
+
+TEST( Screenshot, OfTheMiniProfilerShowsItOpenAndGrouped )
+{
+	QMainWindow window;
+	EXPECT_EQ( ArrangeMiniProfiler( window ), nullptr );
+	auto *pDock = new QDockWidget( "MiniProfiler History", &window );
+	auto *pTree = new QTreeWidget;
+	auto *pGroups = new QComboBox( pTree );
+	pGroups->addItems( { "No Group Hierarchy", "Group by Budget" } );
+	auto *pGroup = new QTreeWidgetItem( pTree, { "Physics" } );
+	new QTreeWidgetItem( pGroup, { "Step" } );
+	pDock->setWidget( pTree );
+	window.addDockWidget( Qt::BottomDockWidgetArea, pDock );
+	pDock->hide();
+	window.show();
+
+	EXPECT_EQ( ArrangeMiniProfiler( window ), pDock );
+	EXPECT_TRUE( pDock->isVisible() && pDock->isFloating() );
+	EXPECT_EQ( pGroups->currentText(), "Group by Budget" );
+	EXPECT_TRUE( pGroup->isExpanded() );
+	EXPECT_EQ( ArrangeMiniProfiler( window ), pDock );
+	EXPECT_TRUE( pDock->isVisible() );
 }
 
 class DemoProcess : public testing::Test

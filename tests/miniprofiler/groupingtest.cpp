@@ -45,10 +45,10 @@ TEST( MiniProfilerPath, AnEmptyPathHasNoGroups )
 	EXPECT_TRUE( Split( "" ).empty() );
 }
 
-TEST( MiniProfilerPath, ALeadingSeparatorMakesNoNamelessGroup )
+TEST( MiniProfilerPath, ALeadingSeparatorEndsAnEmptyComponent )
 {
-	EXPECT_EQ( Split( "/usr/a" ), ( Groups{ { "/usr", "/usr" }, { "/usr/a", "/a" } } ) );
-	EXPECT_EQ( Split( "::Free" ), ( Groups{ { "::Free", "::Free" } } ) );
+	EXPECT_EQ( Split( "/usr/a" ), ( Groups{ { "", "" }, { "/usr", "/usr" }, { "/usr/a", "/a" } } ) );
+	EXPECT_EQ( Split( "::Free" ), ( Groups{ { "", "" }, { "::Free", "::Free" } } ) );
 }
 
 TEST( MiniProfilerPath, ATrailingSeparatorIsAComponent )

@@ -75,8 +75,8 @@ TEST_F( MiniProfilerModel, ARecordNamedAgainIsNoDuplicateOfItself )
 	CQMiniProfilerRecord &record = Name( 1, "Update" );
 	Name( 1, "Update" );
 	EXPECT_FALSE( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
-	Name( 1, "Renamed" );
-	EXPECT_FALSE( Name( 2, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_TRUE( Name( 2, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_TRUE( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
 }
 
 TEST_F( MiniProfilerModel, ARecordTakesTheColourOfItsBudget )
