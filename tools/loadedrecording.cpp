@@ -43,13 +43,13 @@ ExitStatus LoadedRecording::Status() const
 	return FrameCount() > 0 ? ExitStatus::Damage : ExitStatus::Unusable;
 }
 
-LoadedRecording DecodeRecording( CommandContext &context, const std::string &path, std::vector<uint8_t> bytes )
+LoadedRecording DecodeRecording( CommandContext &context, const std::string &path, std::span<const uint8_t> bytes )
 {
 	LoadedRecording recording;
 	recording.m_Path = path;
-	recording.m_Bytes = std::move( bytes );
-	CProgress progress( context.m_pProgress, "Decoding " + path, static_cast<int64_t>( recording.m_Bytes.size() ) );
-	CProgressReader reader( recording.m_Bytes, progress );
+	recording.m_nSize = static_cast<int64_t>( bytes.size() );
+	CProgress progress( context.m_pProgress, "Decoding " + path, recording.m_nSize );
+	CProgressReader reader( bytes, progress );
 	recording.m_pFile = CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
 	recording.m_bFailed = !reader.m_bGood;
 	recording.m_Failure = reader.GetFailureText();
@@ -67,7 +67,7 @@ LoadedRecording LoadRecording( CommandContext &context, const std::string &path 
 		recording.m_Path = path;
 		return recording;
 	}
-	LoadedRecording recording = DecodeRecording( context, path, std::move( bytes ) );
+	LoadedRecording recording = DecodeRecording( context, path, bytes );
 	if ( recording.m_bFailed )
 		context.m_Errors << FormatErrorLine( path, recording.m_nOffset,
 								recording.m_Failure + "; frames kept: " + std::to_string( recording.FrameCount() ) )

@@ -13,7 +13,7 @@ struct LoadedRecording
 {
 	CRefPtr<CKestoFile> m_pFile; // null when the bytes could not be had at all
 	std::string m_Path;          // as it was named
-	std::vector<uint8_t> m_Bytes;
+	int64_t m_nSize = 0;         // bytes
 
 	bool m_bFailed = false;
 	std::string m_Failure; // what the recording's reader was told, separated by line feeds
@@ -28,5 +28,5 @@ struct LoadedRecording
 // Reads the file ("-" is standard input) with progress, and tells of damage by one line on the context's errors.
 LoadedRecording LoadRecording( CommandContext &context, const std::string &path );
 
-// The same from bytes in memory; `path` is what messages name.
-LoadedRecording DecodeRecording( CommandContext &context, const std::string &path, std::vector<uint8_t> bytes );
+// The same from bytes in memory, silently.
+LoadedRecording DecodeRecording( CommandContext &context, const std::string &path, std::span<const uint8_t> bytes );

@@ -1,0 +1,44 @@
+#include "tools/summary.h"
+
+#include <algorithm>
+#include <numeric>
+
+static std::vector<size_t> RowsByTime( const CNodeTree &tree, const std::vector<NodeTotals> &totals, NodeOrder order )
+{
+	const auto timeOf = [&]( size_t nRow )
+	{
+		const NodeTotals &node = totals[static_cast<size_t>( tree.Rows()[nRow].m_nNode )];
+		return order == NodeOrder::Self ? node.m_nSelfTime : node.m_nTime;
+	};
+	std::vector<size_t> rows( tree.Rows().size() );
+	std::iota( rows.begin(), rows.end(), size_t{ 0 } );
+	std::stable_sort( rows.begin(), rows.end(), [&]( size_t nA, size_t nB ) { return timeOf( nA ) > timeOf( nB ); } );
+	return rows;
+}
+
+Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder order )
+{
+	const CKestoFile &file = *recording.m_pFile;
+	const CNodeTree tree( file );
+	const std::vector<NodeTotals> totals = SumNodes( file, tree );
+	const std::vector<int32_t> times = FrameTimes( file );
+
+	Summary summary;
+	summary.m_nFrames = file.GetFrameCount();
+	summary.m_nNodes = tree.Rows().size();
+	summary.m_nLevels = tree.Levels();
+	summary.m_nSize = recording.m_nSize;
+	summary.m_nDuration = std::accumulate( times.begin(), times.end(), int64_t{ 0 } );
+	if ( !times.empty() )
+		summary.m_nSlowestFrame = static_cast<int>( std::max_element( times.begin(), times.end() ) - times.begin() );
+	summary.m_FrameTimes = CDistribution( times );
+	std::vector<size_t> rows = RowsByTime( tree, totals, order );
+	rows.resize( std::min( rows.size(), nTopNodes ) );
+	for ( const size_t nRow : rows )
+	{
+		const CNodeTree::Row &row = tree.Rows()[nRow];
+		summary.m_TopNodes.push_back( { row.m_nNode, std::string( tree.Name( row ) ), tree.Path( row ),
+			totals[static_cast<size_t>( row.m_nNode )] } );
+	}
+	return summary;
+}
