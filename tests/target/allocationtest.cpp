@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <new>
+#include <string>
 
 #include "session.h"
 
@@ -11,17 +11,29 @@ namespace
 thread_local uint64_t t_nAllocations = 0;
 }
 
-// The sanitizers have their own allocator; with them only operator new is counted.
-#if !defined( __SANITIZE_ADDRESS__ ) && SHOWBUDGET_PLAIN_COUNTERS
-#define COUNT_MALLOC 1
-#if defined( __has_feature )
-#if __has_feature( address_sanitizer )
-#undef COUNT_MALLOC
-#endif
+// The sanitizers have their own allocator, which tells who asks for it.
+#if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
+#define ASK_SANITIZER 1
+#elif defined( __has_feature )
+#if __has_feature( address_sanitizer ) || __has_feature( thread_sanitizer )
+#define ASK_SANITIZER 1
 #endif
 #endif
 
-#if defined( COUNT_MALLOC )
+#if defined( ASK_SANITIZER )
+#include <sanitizer/allocator_interface.h>
+
+namespace
+{
+void OnAllocation( const volatile void *, size_t )
+{
+	t_nAllocations++;
+}
+void OnFree( const volatile void * ) {}
+
+const int g_nInstalled = __sanitizer_install_malloc_and_free_hooks( OnAllocation, OnFree );
+} // namespace
+#else
 extern "C" void *__libc_malloc( size_t nBytes );
 extern "C" void *__libc_calloc( size_t nCount, size_t nBytes );
 extern "C" void *__libc_realloc( void *pMemory, size_t nBytes );
@@ -40,22 +52,6 @@ extern "C" void *realloc( void *pMemory, size_t nBytes )
 {
 	t_nAllocations++;
 	return __libc_realloc( pMemory, nBytes );
-}
-#else
-void *operator new( size_t nBytes )
-{
-	t_nAllocations++;
-	if ( void *pMemory = std::malloc( nBytes ) )
-		return pMemory;
-	std::abort();
-}
-void operator delete( void *pMemory ) noexcept
-{
-	std::free( pMemory );
-}
-void operator delete( void *pMemory, size_t ) noexcept
-{
-	std::free( pMemory );
 }
 #endif
 
