@@ -1,10 +1,10 @@
-// Carries frames from the frame thread to the sender: a ring of bytes with one writer and one reader.
+// Carries frames from the frame thread to the sender.
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <span>
 
+#include "bytequeue.h"
 #include "tablesizes.h"
 
 namespace showbudget
@@ -51,30 +51,17 @@ class CFrameQueue
 public:
 	// Writer: memory for a frame of at most nBytes, aligned to 8; null when the reader is that far behind. Nothing is
 	// seen by the reader before Commit.
-	uint8_t *Reserve( size_t nBytes );
+	uint8_t *Reserve( size_t nBytes ) { return m_Bytes.Reserve( nBytes ); }
 	// Writer: publishes the reserved frame with the size that it got in the end.
-	void Commit( size_t nBytes );
+	void Commit( size_t nBytes ) { m_Bytes.Commit( nBytes ); }
 
 	// Reader: the oldest frame, valid until Pop. False when there is none.
 	bool Peek( Frame &frame );
-	void Pop();
+	void Pop() { m_Bytes.Pop(); }
 	// Reader: throws away everything that is there.
-	void Clear();
+	void Clear() { m_Bytes.Clear(); }
 
 private:
-	// In front of every frame; nBytes with WRAP means that the next one begins at the start of the memory.
-	struct Link
-	{
-		uint64_t m_nBytes;
-	};
-	static constexpr uint64_t WRAP = ~uint64_t( 0 );
-
-	Link *LinkAt( uint64_t nPosition );
-
-	alignas( 64 ) std::atomic<uint64_t> m_nWritten{ 0 }; // positions only grow; modulo the size they are offsets
-	uint64_t m_nReserved = 0;                            // writer: where the frame being written begins
-	uint64_t m_nReadSeen = 0;                            // writer: m_nRead when last looked at
-	alignas( 64 ) std::atomic<uint64_t> m_nRead{ 0 };
-	alignas( 64 ) uint8_t m_Memory[FRAME_QUEUE_BYTES];
+	CByteQueue<FRAME_QUEUE_BYTES> m_Bytes;
 };
 } // namespace showbudget
