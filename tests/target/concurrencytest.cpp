@@ -40,6 +40,7 @@ TEST_F( Concurrency, SessionsEndAndBeginWhileFramesAndScopesGoOn )
 				showbudget::EndFrame();
 				showbudget::Print( showbudget::Severity::Message, "a frame" );
 				nFrames++;
+				std::this_thread::yield();
 			}
 		} );
 	std::vector<std::thread> workers;
@@ -49,7 +50,10 @@ TEST_F( Concurrency, SessionsEndAndBeginWhileFramesAndScopesGoOn )
 			[&]
 			{
 				while ( !bEnd )
+				{
 					Work();
+					std::this_thread::yield(); // or the session starves where there are few processors
+				}
 			} );
 	}
 	for ( int i = 0; i < 20; i++ )
