@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "benchrecording.h"
 #include "target/showbudget.h"
 #include "watcher.h"
 
@@ -55,9 +56,10 @@ double ThreadSeconds()
 	return static_cast<double>( time.tv_sec ) + static_cast<double>( time.tv_nsec ) * 1.0e-9;
 }
 
+template <typename Watcher>
 void EndFrame( benchmark::State &state )
 {
-	CWatcher watcher;
+	Watcher watcher;
 	static std::deque<CSites> s_Sites; // call sites live as long as the process
 	CSites &sites = s_Sites.emplace_back( static_cast<int>( state.range( 0 ) ) );
 	std::vector<double> times;
@@ -74,5 +76,6 @@ void EndFrame( benchmark::State &state )
 	state.counters["end_frame_ns"] = times[times.size() / 2];
 	state.counters["ns_per_scope"] = times[times.size() / 2] / SCOPES_PER_FRAME;
 }
-BENCHMARK( EndFrame )->Arg( 64 )->Arg( 500 )->UseManualTime()->Iterations( 2000 );
+BENCHMARK( EndFrame<CWatcher> )->Arg( 64 )->Arg( 500 )->UseManualTime()->Iterations( 2000 );
+BENCHMARK( EndFrame<CBenchRecording> )->Arg( 64 )->Arg( 500 )->UseManualTime()->Iterations( 2000 );
 } // namespace

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "benchrecording.h"
 #include "target/showbudget.h"
 #include "watcher.h"
 
@@ -119,6 +120,60 @@ __attribute__( ( noinline ) ) void HundredSites()
 	}
 }
 
+// A site that is entered from two others in turns, which is off a scope's straight way: six scopes a round.
+template <Kind kind>
+__attribute__( ( noinline ) ) void Shared()
+{
+	if constexpr ( kind == Kind::Scope )
+	{
+		SHOWBUDGET_SCOPE( g_BudgetC, "Shared" );
+		KeepOrder();
+		{
+			SHOWBUDGET_SCOPE( g_BudgetC, "Inside of shared" );
+			KeepOrder();
+		}
+	}
+	else
+	{
+		CTwoReads outer;
+		KeepOrder();
+		{
+			CTwoReads inner;
+			KeepOrder();
+		}
+	}
+}
+
+template <Kind kind>
+__attribute__( ( noinline ) ) void SharedSite()
+{
+	for ( int i = 0; i < SCOPES_PER_FRAME / 6; i++ )
+	{
+		if constexpr ( kind == Kind::Scope )
+		{
+			{
+				SHOWBUDGET_SCOPE( g_BudgetA, "First caller" );
+				Shared<kind>();
+			}
+			{
+				SHOWBUDGET_SCOPE( g_BudgetB, "Second caller" );
+				Shared<kind>();
+			}
+		}
+		else
+		{
+			{
+				CTwoReads caller;
+				Shared<kind>();
+			}
+			{
+				CTwoReads caller;
+				Shared<kind>();
+			}
+		}
+	}
+}
+
 double ThreadSeconds()
 {
 	timespec time{};
@@ -176,6 +231,35 @@ void ScopeFromHundredSites( benchmark::State &state )
 	Compare( state, HundredSites<Kind::Scope>, HundredSites<Kind::TwoReads> );
 }
 BENCHMARK( ScopeFromHundredSites )->UseManualTime()->Iterations( 3000 )->Repetitions( 3 );
+
+// A recording alone, then for the worst case: every third scope is entered from elsewhere than before.
+void RecordedFromOneSite( benchmark::State &state )
+{
+	CBenchRecording recording;
+	Compare( state, OneSite<Kind::Scope>, OneSite<Kind::TwoReads> );
+}
+BENCHMARK( RecordedFromOneSite )->UseManualTime()->Iterations( 3000 )->Repetitions( 3 );
+
+void RecordedFromHundredSites( benchmark::State &state )
+{
+	CBenchRecording recording;
+	Compare( state, HundredSites<Kind::Scope>, HundredSites<Kind::TwoReads> );
+}
+BENCHMARK( RecordedFromHundredSites )->UseManualTime()->Iterations( 3000 )->Repetitions( 3 );
+
+void SharedSiteWatched( benchmark::State &state )
+{
+	CWatcher watcher;
+	Compare( state, SharedSite<Kind::Scope>, SharedSite<Kind::TwoReads> );
+}
+BENCHMARK( SharedSiteWatched )->UseManualTime()->Iterations( 1000 )->Repetitions( 3 );
+
+void SharedSiteRecorded( benchmark::State &state )
+{
+	CBenchRecording recording;
+	Compare( state, SharedSite<Kind::Scope>, SharedSite<Kind::TwoReads> );
+}
+BENCHMARK( SharedSiteRecorded )->UseManualTime()->Iterations( 1000 )->Repetitions( 3 );
 
 // Nobody watches: more_ns is the cost of a scope over an empty loop.
 void ScopeWhileOff( benchmark::State &state )

@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <utility>
 
+#include "descriptorlist.h"
 #include "framecollector.h"
 #include "registry.h"
-#include "socketlist.h"
 #include "wire/controlchunks.h"
 #include "wire/sessionchunks.h"
 
@@ -61,7 +61,7 @@ void CConnection::SetSocketOptions()
 {
 	// A frame must not wait for the next one. A peer that is gone without a word is noticed after a few seconds.
 	const int nSocket = m_Socket.native_handle();
-	KeepSocket( nSocket );
+	KeepDescriptor( nSocket );
 	SetOption( nSocket, IPPROTO_TCP, TCP_NODELAY, 1 );
 	SetOption( nSocket, SOL_SOCKET, SO_KEEPALIVE, 1 );
 	SetOption( nSocket, IPPROTO_TCP, TCP_KEEPIDLE, 2 );
@@ -87,7 +87,7 @@ void CConnection::Close( const char *pReason )
 	m_State = State::Closed;
 	m_nWanted = 0;
 	std::error_code ignored;
-	ForgetSocket( m_Socket.native_handle() );
+	ForgetDescriptor( m_Socket.native_handle() );
 	m_Deadline.cancel();
 	m_Socket.shutdown( asio::ip::tcp::socket::shutdown_both, ignored );
 	m_Socket.close( ignored );

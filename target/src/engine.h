@@ -1,15 +1,15 @@
 // The state of the library that lives as long as the process, so that scopes, frames and lines need not know whether
-// the server runs.
+// the server or a recording runs.
 #pragma once
 
 #include <atomic>
 #include <cstdint>
-#include <string>
 
 #include "commands.h"
 #include "framecollector.h"
 #include "framequeue.h"
 #include "linequeue.h"
+#include "recordtree.h"
 #include "target/showbudget.h"
 
 namespace showbudget
@@ -18,6 +18,7 @@ struct EngineState
 {
 	CFrameQueue m_Frames;
 	CFrameCollector m_Collector{ m_Frames };
+	CRecordTree m_RecordTree;
 	CLineQueue m_Lines;
 	CCommands m_Commands;
 	std::atomic<uint64_t> m_nFramesLost{ 0 }; // no room in the queue; only the frame thread adds
@@ -30,12 +31,6 @@ struct EngineState
 };
 extern EngineState g_Engine;
 
-// The engine's way to hear of the library: Settings::m_pLog.
-struct Log
-{
-	LogFunction m_pFunction = nullptr;
-	void *m_pContext = nullptr;
-
-	void Line( Severity severity, const std::string &line ) const;
-};
+// Makes a forked child forget the session; once for the process.
+void HandleForks();
 } // namespace showbudget

@@ -13,19 +13,6 @@ using detail::CSiteCounters;
 
 namespace
 {
-// Ends and begins every open scope of the calling thread at one moment, so that no scope reaches over it.
-void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
-{
-	for ( CSiteCounters *p = detail::t_Thread.m_pCurrent; p != pOwn; )
-	{
-		CSiteCounters *pCaller = p->m_pCaller.load( std::memory_order_relaxed );
-		const uint64_t nTicks = nNow - p->m_nBegin;
-		p->m_nBegin = nNow;
-		detail::AddOwned( p->m_nTicks, nTicks );
-		p = pCaller;
-	}
-}
-
 // What was counted since the last frame's end, which is now forgotten.
 FrameEntry TakeEntry( CSiteCounters *pThread, uint32_t nSite )
 {
@@ -35,7 +22,7 @@ FrameEntry TakeEntry( CSiteCounters *pThread, uint32_t nSite )
 	FrameEntry entry{ nSite, SITE_NONE, nTicks - counters.m_nTicksBefore, nCalls - counters.m_nCallsBefore };
 	if ( entry.m_nTicks | entry.m_nCalls )
 	{
-		if ( const CSiteCounters *pCaller = counters.m_pCaller.load( std::memory_order_relaxed ) )
+		if ( const CSiteCounters *pCaller = LastCaller( counters ) )
 			entry.m_nCaller = static_cast<uint32_t>( pCaller - pThread );
 		counters.m_nTicksBefore = nTicks;
 		counters.m_nCallsBefore = nCalls;
@@ -58,14 +45,8 @@ uint64_t TakeChildTicks( CSiteCounters &counters )
 }
 } // namespace
 
-bool CFrameCollector::EndFrame( Tick tick, uint32_t nWanted )
+bool CFrameCollector::EndFrame( CSiteCounters *pOwn, uint64_t nNow, Tick tick, uint32_t nWanted )
 {
-	CSiteCounters *pOwn = AttachThread();
-	if ( !pOwn )
-		return true;
-	const uint64_t nNow = ReadTicks();
-	SplitOpenScopes( pOwn, nNow );
-
 	FrameHeader header{};
 	header.m_nBegin = m_nFrameBegin;
 	header.m_nEnd = nNow;

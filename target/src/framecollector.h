@@ -9,9 +9,11 @@
 
 namespace showbudget
 {
-// What detail::g_nWanted is made of.
+// What detail::g_nWanted is made of: what consoles want, and the recorder.
 constexpr uint32_t WANT_BUDGETS = 1;
 constexpr uint32_t WANT_SCOPES = 2;
+constexpr uint32_t WANT_LIVE = WANT_BUDGETS | WANT_SCOPES;
+constexpr uint32_t WANT_RECORDING = 4;
 
 // Belongs to the frame thread. The first frame after somebody began to watch only sets the starting line, because its
 // beginning was not measured.
@@ -23,8 +25,9 @@ public:
 	{
 	}
 
-	// Ends the frame at ReadTicks(). False when it was whole but the queue had no room for it.
-	bool EndFrame( Tick tick, uint32_t nWanted );
+	// Ends the frame of the calling thread, whose counters are pOwn, at the moment nNow, when its open scopes were
+	// split. False when it was whole but the queue had no room for it.
+	bool EndFrame( detail::CSiteCounters *pOwn, uint64_t nNow, Tick tick, uint32_t nWanted );
 	// Nobody watches.
 	void Idle() { m_nWantedBefore = 0; }
 

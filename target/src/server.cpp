@@ -1,17 +1,17 @@
 #include "server.h"
 
-#include <pthread.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <exception>
 #include <utility>
 
 #include "clock.h"
+#include "descriptorlist.h"
+#include "log.h"
 #include "registry.h"
-#include "socketlist.h"
+#include "thread.h"
 #include "threadcounters.h"
 #include "wire/sessionchunks.h"
 
@@ -26,12 +26,18 @@ constexpr uint32_t MAX_WAITING = 16;
 constexpr auto FRAME_PAUSE = std::chrono::milliseconds( 4 );
 constexpr auto ACCEPT_PAUSE = std::chrono::milliseconds( 100 );
 
-// The engine's signal handlers belong on its own threads.
-void BlockSignals( sigset_t *pBefore )
+// The recorder has its own bit and thread.
+uint32_t LiveWanted()
 {
-	sigset_t all;
-	sigfillset( &all );
-	pthread_sigmask( SIG_SETMASK, &all, pBefore );
+	return detail::g_nWanted.load( std::memory_order_relaxed ) & WANT_LIVE;
+}
+
+void SetLiveWanted( uint32_t nWanted )
+{
+	uint32_t nBefore = detail::g_nWanted.load( std::memory_order_relaxed );
+	while ( !detail::g_nWanted.compare_exchange_weak( nBefore, ( nBefore & ~WANT_LIVE ) | nWanted ) )
+	{
+	}
 }
 } // namespace
 
@@ -39,7 +45,6 @@ CServer::CServer( const Settings &settings )
 	: m_EngineName( settings.m_pName ? settings.m_pName : "" )
 	, m_Address( settings.m_pAddress ? settings.m_pAddress : "" )
 	, m_nPort( settings.m_nPort )
-	, m_Log{ settings.m_pLog, settings.m_pLogContext }
 {
 }
 
@@ -47,7 +52,7 @@ CServer::~CServer()
 {
 	Stop();
 	if ( m_Acceptor.is_open() )
-		ForgetSocket( m_Acceptor.native_handle() );
+		ForgetDescriptor( m_Acceptor.native_handle() );
 	// The descriptor outlives the server.
 	if ( m_Wake.is_open() )
 		m_Wake.release();
@@ -61,20 +66,10 @@ bool CServer::Start()
 	m_Wake.assign( g_Engine.m_nWakeDescriptor, error );
 	if ( error )
 	{
-		m_Log.Line( Severity::Error, "cannot wait for the engine: " + error.message() );
+		LogLine( Severity::Error, "cannot wait for the engine: " + error.message() );
 		return false;
 	}
-	sigset_t before;
-	BlockSignals( &before );
-	try
-	{
-		m_Thread = std::thread( [this] { Run(); } );
-	}
-	catch ( const std::exception &failure )
-	{
-		m_Log.Line( Severity::Error, std::string( "cannot start a thread: " ) + failure.what() );
-	}
-	pthread_sigmask( SIG_SETMASK, &before, nullptr );
+	m_Thread = StartThread( [this] { Run(); } );
 	return m_Thread.joinable();
 }
 
@@ -84,13 +79,13 @@ bool CServer::Listen()
 	const asio::ip::address address = asio::ip::make_address( m_Address, error );
 	if ( error )
 	{
-		m_Log.Line( Severity::Error, '"' + m_Address + "\" is no numeric address to listen on" );
+		LogLine( Severity::Error, '"' + m_Address + "\" is no numeric address to listen on" );
 		return false;
 	}
 	const asio::ip::tcp::endpoint endpoint( address, m_nPort );
 	m_Acceptor.open( endpoint.protocol(), error );
 	if ( !error )
-		KeepSocket( m_Acceptor.native_handle() );
+		KeepDescriptor( m_Acceptor.native_handle() );
 	if ( !error )
 		m_Acceptor.set_option( asio::socket_base::reuse_address( true ), error );
 	if ( !error )
@@ -101,12 +96,12 @@ bool CServer::Listen()
 		m_nPort = m_Acceptor.local_endpoint( error ).port();
 	if ( error )
 	{
-		m_Log.Line( Severity::Error, "cannot listen on " + m_Address + ':' + std::to_string( m_nPort ) + ": " +
-										 error.message() + "; the engine runs on without it" );
+		LogLine( Severity::Error, "cannot listen on " + m_Address + ':' + std::to_string( m_nPort ) + ": " +
+									  error.message() + "; the engine runs on without it" );
 		return false;
 	}
 	if ( !address.is_loopback() )
-		m_Log.Line( Severity::Warning,
+		LogLine( Severity::Warning,
 			"listening on " + m_Address + ": whoever can reach it can watch this engine and run its commands" );
 	return true;
 }
@@ -143,9 +138,9 @@ void CServer::Run()
 	catch ( const std::exception &failure )
 	{
 		// Out of memory, most likely. The engine goes on without us.
-		m_Log.Line( Severity::Error, std::string( "the session ended: " ) + failure.what() );
+		LogLine( Severity::Error, std::string( "the session ended: " ) + failure.what() );
 	}
-	detail::g_nWanted.store( 0, std::memory_order_relaxed );
+	SetLiveWanted( 0 );
 	g_Engine.m_nConsoles.store( 0, std::memory_order_relaxed );
 }
 
@@ -197,7 +192,7 @@ void CServer::WaitForWork()
 
 void CServer::LookForFrames()
 {
-	m_bLooking = detail::g_nWanted.load( std::memory_order_relaxed ) != 0;
+	m_bLooking = LiveWanted() != 0;
 	if ( !m_bLooking )
 		return;
 	m_FrameTimer.expires_after( FRAME_PAUSE );
@@ -260,10 +255,10 @@ void CServer::SendToAll( Severity severity, std::string_view text )
 void CServer::WarnOnce()
 {
 	if ( AnySiteOverflowed() && !std::exchange( m_bWarnedOfSites, true ) )
-		m_Log.Line( Severity::Warning,
+		LogLine( Severity::Warning,
 			"more than " + std::to_string( MAX_SITES - 2 ) + " scopes: the rest counts as \"(more scopes)\"" );
 	if ( UnmeasuredThreads() > 0 && !std::exchange( m_bWarnedOfThreads, true ) )
-		m_Log.Line( Severity::Warning,
+		LogLine( Severity::Warning,
 			"more than " + std::to_string( MAX_THREADS ) + " threads: the scopes of the rest are not measured" );
 }
 
@@ -274,7 +269,7 @@ bool CServer::AdmitConsole( CConnection &connection )
 	if ( nAdmitted > MAX_HOSTS )
 		return false;
 	g_Engine.m_nConsoles.store( static_cast<uint32_t>( nAdmitted ), std::memory_order_relaxed );
-	m_Log.Line( Severity::Message, connection.Name() + " connected" );
+	LogLine( Severity::Message, connection.Name() + " connected" );
 	return true;
 }
 
@@ -284,9 +279,9 @@ void CServer::OnWantedChanged()
 	for ( const auto &pConnection : m_Connections )
 		nWanted |= pConnection->Wanted();
 	// Frames of the time before are of no use to a console that starts to watch, and those of an earlier watch neither.
-	if ( detail::g_nWanted.load( std::memory_order_relaxed ) == 0 )
+	if ( LiveWanted() == 0 )
 		g_Engine.m_Frames.Clear();
-	detail::g_nWanted.store( nWanted, std::memory_order_relaxed );
+	SetLiveWanted( nWanted );
 	if ( !m_bLooking )
 		LookForFrames();
 }
@@ -301,7 +296,7 @@ void CServer::OnCommand( CConnection &connection, std::string_view line )
 
 void CServer::OnClosed( CConnection &connection, const char *pReason )
 {
-	m_Log.Line( Severity::Message, connection.Name() + " left: " + pReason );
+	LogLine( Severity::Message, connection.Name() + " left: " + pReason );
 	std::erase_if(
 		m_Connections, [&connection]( const auto &pConnection ) { return pConnection.get() == &connection; } );
 	const auto nAdmitted =

@@ -52,7 +52,6 @@ private:
 	std::string m_EngineName;
 	std::string m_Address;
 	uint16_t m_nPort;
-	Log m_Log;
 
 	asio::io_context m_Context{ 1 };
 	asio::ip::tcp::acceptor m_Acceptor{ m_Context };

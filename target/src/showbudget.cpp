@@ -14,10 +14,13 @@
 #include <string_view>
 
 #include "clock.h"
+#include "descriptorlist.h"
 #include "engine.h"
+#include "log.h"
+#include "recorder.h"
 #include "server.h"
-#include "socketlist.h"
 #include "text.h"
+#include "threadcounters.h"
 
 namespace showbudget
 {
@@ -28,28 +31,31 @@ namespace
 std::unique_ptr<CServer> g_pServer;
 std::atomic<uint16_t> g_nPort{ 0 };
 std::once_flag g_ForkHandled;
+std::once_flag g_EnvironmentRead;
 
-// A forked child has no server thread: for it, the session never was.
+// A forked child has no threads of the library: for it, the session never was.
 void ForgetSession()
 {
+	ForgetLog();
+	ForgetRecording();
 	detail::g_nWanted.store( 0, std::memory_order_relaxed );
 	g_Engine.m_nConsoles.store( 0, std::memory_order_relaxed );
 	g_nPort.store( 0, std::memory_order_relaxed );
-	CloseSocketsOfParent();
+	CloseDescriptorsOfParent();
 	// Its locks may be held by a thread that the child does not have, so it cannot be ended, only left alone.
 	[[maybe_unused]] const CServer *pLeft = g_pServer.release();
 }
 
-bool MakeWakeDescriptor( const Log &log )
+bool MakeWakeDescriptor()
 {
 	if ( g_Engine.m_nWakeDescriptor < 0 )
 		g_Engine.m_nWakeDescriptor = eventfd( 0, EFD_CLOEXEC | EFD_NONBLOCK );
 	if ( g_Engine.m_nWakeDescriptor < 0 )
-		log.Line( Severity::Error, std::string( "cannot make an event descriptor: " ) + std::strerror( errno ) );
+		LogLine( Severity::Error, std::string( "cannot make an event descriptor: " ) + std::strerror( errno ) );
 	return g_Engine.m_nWakeDescriptor >= 0;
 }
 
-bool StartServer( const Settings &settings, const Log &log )
+bool StartServer( const Settings &settings )
 {
 	try
 	{
@@ -61,7 +67,7 @@ bool StartServer( const Settings &settings, const Log &log )
 	}
 	catch ( const std::exception &failure )
 	{
-		log.Line( Severity::Error, std::string( "cannot start: " ) + failure.what() );
+		LogLine( Severity::Error, std::string( "cannot start: " ) + failure.what() );
 		return false;
 	}
 }
@@ -74,34 +80,37 @@ void EngineState::Wake() const
 	[[maybe_unused]] const ssize_t nWritten = write( m_nWakeDescriptor, &nOne, sizeof( nOne ) );
 }
 
-void Log::Line( Severity severity, const std::string &line ) const
+void HandleForks()
 {
-	if ( m_pFunction )
-		m_pFunction( severity, line.c_str(), m_pContext );
-	else
-		std::fprintf( stderr, "Show Budget: %s\n", line.c_str() );
+	std::call_once( g_ForkHandled, [] { pthread_atfork( nullptr, nullptr, ForgetSession ); } );
 }
 
 bool Start( const Settings &settings )
 {
-	const Log log{ settings.m_pLog, settings.m_pLogContext };
 	if ( g_pServer )
 	{
-		log.Line( Severity::Warning, "already started" );
+		LogLine( Severity::Warning, "already started" );
 		return false;
 	}
-	std::call_once( g_ForkHandled, [] { pthread_atfork( nullptr, nullptr, ForgetSession ); } );
+	SetLog( settings.m_pLog, settings.m_pLogContext );
+	HandleForks();
 	ChooseClock( settings.m_Clock );
-	if ( !MakeWakeDescriptor( log ) || !StartServer( settings, log ) )
+	std::call_once( g_EnvironmentRead, BeginRecordingOfEnvironment );
+	if ( !MakeWakeDescriptor() || !StartServer( settings ) )
+	{
+		SetLog( nullptr, nullptr );
 		return false;
+	}
 	g_nPort.store( g_pServer->Port(), std::memory_order_relaxed );
 	return true;
 }
 
 void Stop()
 {
+	EndRecording( true );
 	g_nPort.store( 0, std::memory_order_relaxed );
 	g_pServer.reset();
+	SetLog( nullptr, nullptr );
 }
 
 uint16_t Port()
@@ -109,13 +118,35 @@ uint16_t Port()
 	return g_nPort.load( std::memory_order_relaxed );
 }
 
+namespace
+{
+void TakeFrame( Tick tick, uint32_t nWanted )
+{
+	detail::CSiteCounters *pOwn = AttachThread();
+	if ( !pOwn )
+		return;
+	const uint64_t nNow = ReadTicks();
+	SplitOpenScopes( pOwn, nNow );
+	if ( !( nWanted & WANT_LIVE ) )
+		g_Engine.m_Collector.Idle();
+	else if ( !g_Engine.m_Collector.EndFrame( pOwn, nNow, tick, nWanted & WANT_LIVE ) )
+		detail::AddOwned( g_Engine.m_nFramesLost, 1 );
+	if ( nWanted & WANT_RECORDING )
+		g_Engine.m_RecordTree.EndFrame( pOwn, nNow );
+	else
+		g_Engine.m_RecordTree.Idle();
+}
+} // namespace
+
 void EndFrame( Tick tick )
 {
-	const uint32_t nWanted = detail::g_nWanted.load( std::memory_order_relaxed );
-	if ( nWanted == 0 )
+	if ( const uint32_t nWanted = detail::g_nWanted.load( std::memory_order_relaxed ) )
+		TakeFrame( tick, nWanted );
+	else
+	{
 		g_Engine.m_Collector.Idle();
-	else if ( !g_Engine.m_Collector.EndFrame( tick, nWanted ) )
-		detail::AddOwned( g_Engine.m_nFramesLost, 1 );
+		g_Engine.m_RecordTree.Idle();
+	}
 	g_Engine.m_Commands.Run();
 }
 

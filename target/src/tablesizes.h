@@ -22,4 +22,7 @@ constexpr uint32_t BUDGET_OTHER = 0;
 constexpr size_t MAX_PRINT_BYTES = 2000;
 constexpr size_t FRAME_QUEUE_BYTES = 2u << 20;
 constexpr uint32_t MAX_HOSTS = 4;
+
+constexpr uint32_t MAX_RECORD_NODES = 1u << 16; // paths of scopes
+constexpr size_t RECORD_QUEUE_BYTES = 8u << 20;
 } // namespace showbudget

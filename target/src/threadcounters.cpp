@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include "clock.h"
+#include "engine.h"
 #include "registry.h"
 
 namespace showbudget
@@ -38,9 +39,10 @@ __thread bool t_bNoRoom __attribute__( ( tls_model( "initial-exec" ) ) ) = false
 void ReleaseCounters( void *pCounters )
 {
 	// Scopes of other thread-exit functions that run after this one are attached again and released again.
-	const auto *pThread = static_cast<ThreadCounters *>( pCounters );
+	auto *pThread = static_cast<ThreadCounters *>( pCounters );
 	t_pCounters = nullptr;
 	t_Thread = { detail::NOT_YET, nullptr };
+	g_Engine.m_RecordTree.OnThreadEnded( pThread->m_Sites );
 	g_bTaken[pThread - g_Threads].store( false, std::memory_order_release );
 }
 
@@ -122,13 +124,25 @@ CSiteCounters *AttachThread()
 	return pCounters;
 }
 
+void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
+{
+	for ( CSiteCounters *p = t_Thread.m_pCurrent; p != pOwn; )
+	{
+		CSiteCounters *pCaller = p->m_pCaller.load( std::memory_order_relaxed );
+		const uint64_t nTicks = nNow - p->m_nBegin;
+		p->m_nBegin = nNow;
+		detail::AddOwned( p->m_nTicks, nTicks );
+		p = pCaller;
+	}
+}
+
 namespace
 {
 // The scope around the site is another one than last time: the one before gets what was its part of the time. A site
 // without one is new on this thread.
 void ChangeCaller( CSiteCounters *pThread, CSiteCounters &counters, CSiteCounters *pCaller )
 {
-	if ( CSiteCounters *pBefore = counters.m_pCaller.load( std::memory_order_relaxed ) )
+	if ( CSiteCounters *pBefore = LastCaller( counters ) )
 	{
 		const uint64_t nTicks = counters.m_nTicks.load( std::memory_order_relaxed );
 		pBefore->m_nChildTicks += nTicks - counters.m_nTicksGiven;
@@ -142,6 +156,7 @@ void ChangeCaller( CSiteCounters *pThread, CSiteCounters &counters, CSiteCounter
 		thread.m_nEntered.store( nEntered + 1, std::memory_order_release );
 	}
 	counters.m_pCaller.store( pCaller, std::memory_order_relaxed );
+	g_Engine.m_RecordTree.OnCallerChanged( pThread, counters, *pCaller );
 }
 
 bool IsOpen( const CSiteCounters *pThread, const CSiteCounters *pCounters )
@@ -164,11 +179,14 @@ OpenScope EnterSlowly( CSite &site ) noexcept
 	if ( nOffset == NOT_YET )
 		return 0; // another thread is registering the site: this one call is not counted
 	CSiteCounters *pCounters = pThread + nOffset / sizeof( CSiteCounters );
-	AddOwned( pCounters->m_nCalls, 1 );
 	if ( IsOpen( pThread, pCounters ) )
+	{
+		AddOwned( pCounters->m_nCalls, 1 );
 		return 0;
+	}
 	if ( pCounters->m_pCaller.load( std::memory_order_relaxed ) != t_Thread.m_pCurrent )
 		ChangeCaller( pThread, *pCounters, t_Thread.m_pCurrent );
+	AddOwned( pCounters->m_nCalls, 1 );
 	t_Thread.m_pCurrent = pCounters;
 	pCounters->m_nBegin = ReadTicks();
 	const auto nOpen = reinterpret_cast<OpenScope>( pCounters );

@@ -91,4 +91,31 @@ TEST_F( Allocation, ScopesAndFramesMakeNone )
 	}
 	EXPECT_EQ( t_nAllocations, nBefore );
 }
+void Shared()
+{
+	SHOWBUDGET_SCOPE( g_Allocation, "Shared" );
+	SHOWBUDGET_SCOPE( g_Allocation, "Inside of shared" );
+}
+
+TEST_F( Allocation, ARecordingMakesNoneInScopesAndFramesEither )
+{
+	showbudget::RecordingSettings settings;
+	settings.m_pFile = "/dev/null";
+	settings.m_bOtherThreads = true;
+	ASSERT_TRUE( showbudget::StartRecording( settings ) );
+	const uint64_t nBefore = t_nAllocations;
+	for ( int nFrame = 0; nFrame < 100; nFrame++ )
+	{
+		for ( int i = 0; i < 100; i++ )
+		{
+			SHOWBUDGET_SCOPE( g_Allocation, "First caller" );
+			Shared();
+		}
+		Shared();
+		showbudget::EndFrame();
+	}
+	EXPECT_EQ( t_nAllocations, nBefore );
+	showbudget::StopRecording();
+	EXPECT_EQ( showbudget::GetRecordingState().m_nFrames, 99u );
+}
 } // namespace

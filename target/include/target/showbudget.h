@@ -81,8 +81,9 @@ enum class Clock
 	System // the system's clock in any case; a scope then costs about five times as much
 };
 
-// The library's own messages (a port that is taken, a console that came or left): one line without a line feed. Called
-// on the thread of Start() and on the library's own thread.
+// The library's own messages (a port that is taken, a console that came or left, a recording that ended): one line
+// without a line feed. Called on the threads of Start() and StartRecording() and on the library's own, one line at a
+// time; not any more once Stop() returned, or Start() returned false.
 using LogFunction = void ( * )( Severity severity, const char *pLine, void *pContext );
 
 struct Settings
@@ -101,8 +102,8 @@ struct Settings
 // called by one thread at a time.
 SHOWBUDGET_API bool Start( const Settings &settings );
 
-// Ends all connections and the library's thread. Allowed at any time, also while other threads are inside scopes or
-// EndFrame(), and when nothing was started.
+// Ends all connections, the recording and the library's threads. Allowed at any time, also while other threads are
+// inside scopes or EndFrame(), and when nothing was started.
 SHOWBUDGET_API void Stop();
 
 // The port that is listened on, 0 while none is.
@@ -128,6 +129,50 @@ using CommandFunction = void ( * )( int nArguments, const char *const *ppArgumen
 // runs on the frame thread, inside EndFrame(). The texts are copied; a name is one word of at most 63 bytes, the help
 // one line of at most 255. False when there is no room (256 commands), the name is none or is taken; "help" is.
 SHOWBUDGET_API bool RegisterCommand( const char *pName, const char *pHelp, CommandFunction pFunction, void *pContext );
+
+// What is recorded, and how much of it.
+struct RecordingSettings
+{
+	// The file; an existing one is overwritten, except while another recording is written to it. "%p" in it is replaced
+	// by the process id.
+	const char *m_pFile = nullptr;
+	uint64_t m_nMaxBytes = 1000000000; // the recording ends before the file is larger; 0 = no limit
+	uint64_t m_nMaxFrames = 0;         // the recording ends with that many frames in the file; 0 = no limit
+	double m_flSlowerThan = 0.0;       // milliseconds, at most 1,000,000: only slower frames are kept; 0 = all
+	uint32_t m_nFramesAround = 0;      // before and after each slower frame that are kept, too; at most 1,000
+	bool m_bOtherThreads = false;      // what threads other than the frame thread do is recorded, too
+};
+
+// Begins to record frames to a file, from the end of the current one on, whether or not the library was started or
+// anybody is connected. Written are the scopes of the frame thread as a tree, each path of scopes being a node, with
+// calls and inclusive times of every frame. A thread of the library appends each frame as a whole, so a process that is
+// killed leaves a file whose frames can be read. When the file cannot be written fast enough, frames are left out and
+// counted.
+//
+// False when the file cannot be opened or a recording is running already; that, and everything that ends a recording
+// early, is one line in the log and on the consoles. The engine runs on in any case. Any thread.
+//
+// The first Start() of the process does this by itself when the environment variable SHOWBUDGET_RECORD holds a file,
+// with the options of SHOWBUDGET_RECORD_OPTIONS; see docs/target.md.
+SHOWBUDGET_API bool StartRecording( const RecordingSettings &settings );
+
+// Ends the recording and waits until its file is complete: as long as the disk takes, but at most three seconds. Stop()
+// does it, too. Nothing happens when there is no recording.
+SHOWBUDGET_API void StopRecording();
+
+struct RecordingState
+{
+	bool m_bRunning = false;
+	uint64_t m_nFrames = 0;  // in the file
+	uint64_t m_nBytes = 0;   // of the file
+	uint64_t m_nDropped = 0; // frames that could not be written
+};
+// Of the recording that is running, or of the last one.
+SHOWBUDGET_API RecordingState GetRecordingState();
+
+// Lets consoles start and stop recordings, by the command "record". They can only make new files, and only in that
+// folder. False as for RegisterCommand; the first call counts.
+SHOWBUDGET_API bool RegisterRecordCommand( const char *pFolder );
 
 // A budget: a name and a colour. Made once, at namespace scope, by SHOWBUDGET_BUDGET. Two budgets of one name are one;
 // the first colour counts. The name is copied; more than 63 bytes are cut. There is room for 255; more become "Other".
