@@ -27,6 +27,17 @@ void InstallSignals()
 	sigaction( SIGINT, &action, nullptr );
 }
 
+// Consoles may record, too, into the folder that the engine was started in.
+bool StartRecording( const demo::Options &options )
+{
+	showbudget::RegisterRecordCommand( "." );
+	if ( options.m_Recording.empty() )
+		return true;
+	showbudget::RecordingSettings settings;
+	settings.m_pFile = options.m_Recording.c_str();
+	return showbudget::StartRecording( settings );
+}
+
 void Run( const demo::Options &options )
 {
 	demo::CEngine engine( options.m_nBodies );
@@ -64,6 +75,9 @@ int main( int nArguments, char **ppArguments )
 		std::printf( "listening on %s:%u\n", options->m_Address.c_str(), unsigned{ showbudget::Port() } );
 		std::fflush( stdout );
 	}
+	// Who asks for a recording on the command line wants nothing without it.
+	if ( !StartRecording( *options ) )
+		return 1;
 	Run( *options );
 	return 0;
 }

@@ -35,6 +35,8 @@ bool ReadOption( std::string_view name, std::string_view value, Options &options
 		return ReadNumber( name, value, std::numeric_limits<uint32_t>::max(), options.m_nFrames.emplace(), error );
 	if ( name == "--bind" )
 		options.m_Address = value;
+	else if ( name == "--record" )
+		options.m_Recording = value;
 	else if ( name == "--name" )
 		options.m_Name = value;
 	else
@@ -86,6 +88,7 @@ const char *Usage()
 		   "  --name NAME      what the console shows (default \"demo engine\")\n"
 		   "  --bodies N       bodies of the physics, 0 to 20000 (default 2500)\n"
 		   "  --frames N       end after this many frames\n"
+		   "  --record FILE    record all frames to this file\n"
 		   "  --help           show this text\n";
 }
 } // namespace demo

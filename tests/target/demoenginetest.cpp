@@ -1,0 +1,151 @@
+// The demo engine as a program: its command line, its end, its recordings.
+#include <gmock/gmock.h>
+
+#include <sys/wait.h>
+
+#include <csignal>
+#include <filesystem>
+#include <random>
+
+#include "demoprocess.h"
+#include "recordingfile.h"
+#include "recordings/kestomemoryreader.h"
+#include "session.h"
+#include "tests/support/randomseed.h"
+
+namespace
+{
+using testing::HasSubstr;
+
+TEST( DemoEngine, HelpIsPrinted )
+{
+	CDemoProcess demo( { "--help" } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	for ( const char *pOption : { "--port", "--bind", "--name", "--bodies", "--frames", "--record", "--help" } )
+		EXPECT_THAT( demo.Output(), HasSubstr( pOption ) );
+}
+
+TEST( DemoEngine, WrongArgumentsAreOneLineAndStatusTwo )
+{
+	const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
+		{ { "--port", "65536" }, "--port: \"65536\" is not a number from 0 to 65535" },
+		{ { "--port=-1" }, "--port: \"-1\" is not a number from 0 to 65535" },
+		{ { "--port=" }, "--port: \"\" is not a number from 0 to 65535" },
+		{ { "--bodies=many" }, "--bodies: \"many\" is not a number from 0 to 20000" },
+		{ { "--frames", "1x" }, "--frames: \"1x\" is not a number from 0 to 4294967295" },
+		{ { "--colour", "red" }, "unknown option \"--colour\"; --help lists them" },
+		{ { "file" }, "\"file\" is no option or lacks its value; --help lists them" },
+		{ { "--record" }, "\"--record\" is no option or lacks its value; --help lists them" } };
+	for ( const auto &[arguments, line] : cases )
+	{
+		CDemoProcess demo( arguments );
+		EXPECT_EQ( demo.Wait(), 2 );
+		EXPECT_EQ( demo.Output(), "demo_engine: " + line + '\n' );
+	}
+}
+
+TEST( DemoEngine, EndsByItselfAfterItsFrames )
+{
+	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "3" } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_THAT( demo.Output(), HasSubstr( "listening on 127.0.0.1:" ) );
+}
+
+TEST( DemoEngine, TermAndInterruptEndItInOrder )
+{
+	for ( const int nSignal : { SIGTERM, SIGINT } )
+	{
+		const CTemporaryFolder folder;
+		const std::string file = folder.File( "demo.kesto" );
+		CDemoProcess demo( { "--port", "0", "--bodies", "50", "--record", file } );
+		demo.WaitForOutput( "recording to \"" + file + '"' );
+		demo.Signal( nSignal );
+		EXPECT_EQ( demo.Wait(), 0 );
+		EXPECT_THAT( demo.Output(), HasSubstr( "the recording \"" + file + "\" ended: " ) );
+		const CRecordingFileOfTest recording( ReadBytes( file ) );
+		EXPECT_GE( recording.File().GetRootNode(), 0 );
+	}
+}
+
+TEST( DemoEngine, APortThatIsTakenDoesNotStopIt )
+{
+	CDemoProcess first( { "--port", "0" } );
+	first.WaitForOutput( "\n" );
+	const size_t nColon = first.Output().rfind( ':' );
+	const std::string port = first.Output().substr( nColon + 1, first.Output().find( '\n' ) - nColon - 1 );
+	CDemoProcess second( { "--port", port, "--bodies", "50", "--frames", "3" } );
+	EXPECT_EQ( second.Wait(), 0 );
+	EXPECT_THAT( second.Output(), HasSubstr( "cannot listen on 127.0.0.1:" + port ) );
+}
+
+TEST( DemoEngine, RecordsWhatItsSubsystemsDo )
+{
+	const CTemporaryFolder folder;
+	const std::string file = folder.File( "demo.kesto" );
+	CDemoProcess demo( { "--port", "0", "--bodies", "200", "--frames", "40", "--record", file } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	const CRecordingFileOfTest recording( ReadBytes( file ) );
+	EXPECT_EQ( recording.FrameCount(), 39 ); // the first one is the starting line
+	for ( const char *pPath : { "Frame/Animation", "Frame/Particles", "Frame/Streaming", "Frame/Visibility",
+			  "Frame/Render", "Frame/Post process", "Frame/Audio mix", "Frame/Wait for next frame" } )
+		EXPECT_TRUE( recording.Nodes().contains( pPath ) ) << pPath;
+	for ( int i = 0; i < recording.FrameCount(); i++ )
+		EXPECT_EQ( recording.At( i, "Frame/Render" ).m_nCalls, 1u );
+}
+
+TEST( DemoEngine, ARecordingThatCannotBeMadeIsAnError )
+{
+	CDemoProcess demo( { "--port", "0", "--record", "/no/such/folder/file" } );
+	EXPECT_EQ( demo.Wait(), 1 );
+	EXPECT_THAT( demo.Output(), HasSubstr( "cannot record to \"/no/such/folder/file\": No such file or directory" ) );
+}
+
+TEST( DemoEngine, TheEnvironmentMayAskForARecording )
+{
+	const CTemporaryFolder folder;
+	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "30" },
+		{ "SHOWBUDGET_RECORD=" + folder.File( "%p.kesto" ), "SHOWBUDGET_RECORD_OPTIONS=  frames=7\tthreads=all " } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	const std::filesystem::directory_iterator files( folder.Path() );
+	ASSERT_NE( files, std::filesystem::directory_iterator() );
+	const CRecordingFileOfTest recording( ReadBytes( files->path() ) );
+	EXPECT_EQ( recording.FrameCount(), 7 );
+	EXPECT_TRUE( recording.Nodes().contains( "Frame/Other threads" ) );
+}
+
+TEST( DemoEngine, WrongOptionsInTheEnvironmentAreALineAndNoRecording )
+{
+	const CTemporaryFolder folder;
+	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "3" },
+		{ "SHOWBUDGET_RECORD=" + folder.File( "x.kesto" ), "SHOWBUDGET_RECORD_OPTIONS=frames=7 frame=8" } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_THAT( demo.Output(), HasSubstr( "SHOWBUDGET_RECORD_OPTIONS: \"frame=8\" is not understood" ) );
+	EXPECT_FALSE( std::filesystem::exists( folder.File( "x.kesto" ) ) );
+}
+
+TEST( DemoEngine, KilledAtAnyMomentItLeavesARecordingWithAllWholeFrames )
+{
+	const uint32_t nSeed = RandomSeed();
+	SCOPED_TRACE( SeedText( nSeed ) );
+	std::mt19937 random( nSeed );
+	for ( int i = 0; i < 8; i++ )
+	{
+		const CTemporaryFolder folder;
+		const std::string file = folder.File( "killed.kesto" );
+		CDemoProcess demo( { "--port", "0", "--bodies", "50", "--record", file } );
+		demo.WaitForOutput( "recording to" );
+		// Some bytes more or less: the moment is somewhere in a frame.
+		const auto nBytes = std::uniform_int_distribution<uint64_t>( 1, 6000 )( random );
+		WaitUntil( [&] { return std::filesystem::file_size( file ) >= nBytes; } );
+		demo.Signal( SIGKILL );
+		EXPECT_EQ( demo.Wait(), -SIGKILL );
+		const std::vector<uint8_t> bytes = ReadBytes( file );
+		const CRecordingFileOfTest recording( bytes, false );
+		EXPECT_TRUE( nBytes < 2000 || recording.FrameCount() > 0 );
+		// Nothing is left unread but the rest of a frame that was cut.
+		CKestoMemoryReader reader( bytes );
+		const auto pFile = CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
+		EXPECT_LT( static_cast<int64_t>( bytes.size() ) - reader.GetPosition(), 4 );
+	}
+}
+} // namespace
