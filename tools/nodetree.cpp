@@ -11,20 +11,25 @@ CNodeTree::CNodeTree( const CKestoFile &file )
 	if ( nRoot < 0 || nRoot >= wire::RECORDING_MAX_NODES || file.GetFrameCount() + file.GetNodeCount() == 0 )
 		return;
 	std::vector<bool> found( wire::RECORDING_MAX_NODES );
+	std::vector<bool> followed( wire::RECORDING_MAX_NODES ); // to its next sibling; the root may be in a chain, too
 	std::vector<Row> next{ { nRoot, -1, 0 } };
 	while ( !next.empty() )
 	{
 		const Row row = next.back();
 		next.pop_back();
-		if ( found[static_cast<size_t>( row.m_nNode )] )
-			continue; // and so was the rest of its chain
-		found[static_cast<size_t>( row.m_nNode )] = true;
+		const auto nIndex = static_cast<size_t>( row.m_nNode );
+		const int32_t nSibling = file.GetNodeNextSibling( row.m_nNode );
+		if ( row.m_nParentRow >= 0 && nSibling >= 0 && !followed[nIndex] )
+		{
+			followed[nIndex] = true;
+			next.push_back( { nSibling, row.m_nParentRow, row.m_nDepth } );
+		}
+		if ( found[nIndex] )
+			continue;
+		found[nIndex] = true;
 		const auto nRow = static_cast<int32_t>( m_Rows.size() );
 		m_Rows.push_back( row );
 		m_nLevels = std::max( m_nLevels, row.m_nDepth + 1 );
-		const int32_t nSibling = file.GetNodeNextSibling( row.m_nNode );
-		if ( row.m_nParentRow >= 0 && nSibling >= 0 )
-			next.push_back( { nSibling, row.m_nParentRow, row.m_nDepth } );
 		if ( const int32_t nChild = file.GetNodeFirstChild( row.m_nNode ); nChild >= 0 )
 			next.push_back( { nChild, nRow, row.m_nDepth + 1 } );
 	}

@@ -43,9 +43,10 @@ double CDistribution::Percentile( double flPercent ) const
 {
 	if ( Count() == 0 )
 		return 0.0;
-	const double flRank = static_cast<double>( Count() - 1 ) * std::clamp( flPercent, 0.0, 100.0 ) / 100.0;
-	const size_t nBelow = static_cast<size_t>( flRank );
+	// In hundredths of a rank, which are whole numbers where the percentile is one: the result is then rounded once.
+	const double flRank = static_cast<double>( Count() - 1 ) * std::clamp( flPercent, 0.0, 100.0 );
+	const auto nBelow = static_cast<size_t>( flRank / 100.0 );
 	const size_t nAbove = std::min( nBelow + 1, Count() - 1 );
-	const double flBelow = At( nBelow );
-	return flBelow + ( flRank - static_cast<double>( nBelow ) ) * ( At( nAbove ) - flBelow );
+	const double flPart = flRank - 100.0 * static_cast<double>( nBelow );
+	return ( At( nBelow ) * ( 100.0 - flPart ) + At( nAbove ) * flPart ) / 100.0;
 }

@@ -1,0 +1,301 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include "target/showbudget.h"
+#include "tests/tools/fakeengine.h"
+#include "tests/tools/kestorun.h"
+
+namespace
+{
+// Until the console has enough.
+void TalkForEver( CFakeEngine &engine )
+{
+	engine.ExpectGreetingAndStart();
+	engine.SendBudgets( { "Physics", "Render" } );
+	for ( uint32_t i = 0; i < 5; i++ )
+		engine.SendFrame( { 100 + i, 200 } );
+	engine.WaitForHangUp();
+}
+
+class KestoRecord : public testing::Test
+{
+protected:
+	KestoRun Record( const std::string &address, const std::vector<std::string> &more )
+	{
+		std::vector<std::string> arguments{ "record", "--connect", address, m_Folder.Path( "x.csv" ) };
+		arguments.insert( arguments.end(), more.begin(), more.end() );
+		return CallKesto( arguments );
+	}
+
+	// The file's lines without the column of arrival times, which no test can know.
+	std::vector<std::string> Lines()
+	{
+		std::vector<std::string> lines = SplitLines( m_Folder.Read( "x.csv" ) );
+		for ( std::string &line : lines )
+		{
+			const size_t nFirst = line.find( ',' );
+			line.erase( nFirst, line.find( ',', nFirst + 1 ) - nFirst );
+		}
+		return lines;
+	}
+
+	CTestFolder m_Folder;
+};
+} // namespace
+
+TEST_F( KestoRecord, WritesARowForEachFrame )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics", "Render, \"all\"" } );
+			self.SendFrame( { 1500, 20 } );
+			self.SendChunk( "PRNT", { 0, 0, 0, 0, 'x' } );
+			self.SendChunk( "ZZZZ", { 1, 2, 3 } );
+			self.SendFrame( { 4294967295u, 4294967295u }, false, 0x7FC00000 );
+			self.SendFrame( { 0, 7, 9999 }, true, 0x41C80000 );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--frames", "3" } );
+	EXPECT_EQ( run.m_nStatus, 0 );
+	EXPECT_EQ( run.m_Output, "" );
+	EXPECT_EQ( run.m_Errors, "" );
+	EXPECT_EQ( Lines(),
+		( std::vector<std::string>{ "frame,frame_rate,begins_tick,Physics_us,\"Render, \"\"all\"\"_us\",total_us",
+			"0,60.000,1,1500,20,1520", "1,0.000,0,4294967295,4294967295,8589934590", "2,25.000,1,0,7,7" } ) );
+	const std::vector<std::string> raw = SplitLines( m_Folder.Read( "x.csv" ) );
+	EXPECT_TRUE( raw[0].starts_with( "frame,seconds,frame_rate," ) ) << raw[0];
+	EXPECT_TRUE( raw[1].starts_with( "0,0.000000,60.000," ) ) << raw[1];
+	EXPECT_EQ( m_Folder.Names(), std::vector<std::string>{ "x.csv" } );
+}
+
+TEST_F( KestoRecord, EndsInGoodOrderAfterTheSeconds )
+{
+	CFakeEngine engine( TalkForEver );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "0.3" } );
+	EXPECT_EQ( run.m_nStatus, 0 ) << run.m_Errors;
+	EXPECT_EQ( Lines().size(), 6u );
+}
+
+TEST_F( KestoRecord, AConnectionThatEndsEarlyLeavesWhatCame )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics" } );
+			self.SendFrame( { 5 } );
+		} );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "60" } );
+	EXPECT_EQ( run.m_nStatus, 1 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": the engine closed the connection\n" );
+	EXPECT_EQ(
+		Lines(), ( std::vector<std::string>{ "frame,frame_rate,begins_tick,Physics_us,total_us", "0,60.000,1,5,5" } ) );
+}
+
+TEST_F( KestoRecord, TellsOfFramesThatTheEngineDropped )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics" } );
+			self.SendChunk( "DROP", { 0, 0, 0, 0, 0, 0, 0, 3 } );
+			self.SendChunk( "DROP", { 0, 0, 0, 0, 0, 0, 1, 4 } );
+			self.SendFrame( { 5 } );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--frames", "1" } );
+	EXPECT_EQ( run.m_nStatus, 1 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": frames that the engine could not send: 260\n" );
+}
+
+TEST_F( KestoRecord, LeavesOutChunksThatMakeNoSense )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendFrame( { 1 } ); // before any budgets
+			self.SendBudgets( { "Physics", "Render" } );
+			self.SendFrame( { 1 } );                                                // too few values
+			self.SendChunk( "PCPU", { 0, 0, 0, 9, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0 } ); // too short for its count
+			self.SendChunk( "PCAT", { 0xFF, 0xFF, 0xFF, 0xFF } );                   // likewise
+			self.SendChunk( "PCPU", { 0, 0, 0, 0 }, 3 ); // of another version: nobody's fault
+			self.SendFrame( { 1, 2 } );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--frames", "1" } );
+	EXPECT_EQ( run.m_nStatus, 1 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": chunks that made no sense and were left out: 4\n" );
+	EXPECT_EQ( Lines().back(), "0,60.000,1,1,2,3" );
+}
+
+TEST_F( KestoRecord, BudgetsThatChangeKeepTheirColumns )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics", "Render" } );
+			self.SendFrame( { 1, 2 } );
+			self.SendBudgets( { "Render", "Sound" } );
+			self.SendFrame( { 30, 40 } );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--frames", "2" } );
+	EXPECT_EQ( run.m_nStatus, 1 );
+	EXPECT_EQ(
+		run.m_Errors, "kesto: " + engine.Address() + ": budgets that came later and have no column: \"Sound\"\n" );
+	EXPECT_EQ( Lines(), ( std::vector<std::string>{ "frame,frame_rate,begins_tick,Physics_us,Render_us,total_us",
+							"0,60.000,1,1,2,3", "1,60.000,1,,30,70" } ) );
+}
+
+TEST_F( KestoRecord, WithoutFramesNothingIsWritten )
+{
+	m_Folder.Write( "x.csv", ToBytes( "old" ) );
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics" } );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "0.2" } );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": the engine sent no frames\n" );
+	EXPECT_EQ( m_Folder.Read( "x.csv" ), "old" );
+	EXPECT_EQ( m_Folder.Names(), std::vector<std::string>{ "x.csv" } );
+}
+
+TEST_F( KestoRecord, RefusesAnEngineOfAnotherProtocolVersion )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.Receive();
+			self.SendHello( 7 );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "60" } );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors,
+		"kesto: " + engine.Address() + ": the engine speaks version 7 of the protocol, this program version 2\n" );
+}
+
+TEST_F( KestoRecord, RefusesWhatDoesNotSpeakTheProtocol )
+{
+	for ( const std::string answer : { "HTTP/1.1 400 Bad Request\r\n\r\n", "PCATxxxxxxxx" } )
+	{
+		CFakeEngine engine(
+			[&]( CFakeEngine &self )
+			{
+				self.Receive();
+				self.SendBytes( ToBytes( answer ) );
+				self.WaitForHangUp();
+			} );
+		const KestoRun run = Record( engine.Address(), { "--seconds", "60" } );
+		EXPECT_EQ( run.m_nStatus, 2 );
+		EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": what answers does not speak this protocol\n" );
+	}
+	EXPECT_EQ( m_Folder.Names(), std::vector<std::string>{} );
+}
+
+TEST_F( KestoRecord, RefusesAnotherChunkInPlaceOfTheGreeting )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.Receive();
+			self.SendBudgets( { "Physics" } );
+			self.WaitForHangUp();
+		} );
+	EXPECT_EQ( Record( engine.Address(), { "--seconds", "60" } ).m_nStatus, 2 );
+}
+
+TEST_F( KestoRecord, NobodyListeningIsAnError )
+{
+	std::string address;
+	{
+		CFakeEngine engine( []( CFakeEngine &self ) { self.Receive(); } );
+		address = engine.Address();
+		Record( address, { "--seconds", "1" } ); // so that the engine ends; its port is free then
+	}
+	const KestoRun run = Record( address, { "--seconds", "60" } );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + address + ": Connection refused\n" );
+}
+
+TEST_F( KestoRecord, AFolderThatIsNotThereIsSaidBeforeAnythingIsRecorded )
+{
+	const KestoRun run =
+		CallKesto( { "record", "--connect", "127.0.0.1:1", "--seconds", "1", m_Folder.Path( "a/x.csv" ) } );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + m_Folder.Path( "a/x.csv" ) + ": No such file or directory\n" );
+}
+
+TEST_F( KestoRecord, NeedsToKnowWhenToEnd )
+{
+	const KestoRun run = Record( "127.0.0.1:1", {} );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors, "kesto: when to end? Give --seconds or --frames\n" );
+	for ( const std::string text : { "0", "-1", "x", "nan" } )
+	{
+		EXPECT_EQ( Record( "127.0.0.1:1", { "--seconds", text } ).m_nStatus, 2 ) << text;
+		EXPECT_EQ( Record( "127.0.0.1:1", { "--frames", text } ).m_nStatus, 2 ) << text;
+	}
+	EXPECT_EQ( Record( "nowhere:", { "--frames", "1" } ).m_nStatus, 2 );
+}
+
+// So much text follows the frame that no socket could hold it: the console has read the frame when all is sent.
+TEST_F( KestoRecord, AnInterruptEndsTheRecordingInGoodOrder )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics" } );
+			self.SendFrame( { 5 } );
+			for ( int i = 0; i < 2000; i++ )
+				self.SendChunk( "PRNT", std::vector<uint8_t>( 16384 ) );
+			raise( SIGINT );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "600" } );
+	EXPECT_EQ( run.m_nStatus, 0 ) << run.m_Errors;
+	EXPECT_EQ(
+		Lines(), ( std::vector<std::string>{ "frame,frame_rate,begins_tick,Physics_us,total_us", "0,60.000,1,5,5" } ) );
+}
+
+SHOWBUDGET_BUDGET( g_Physics, "Physics", 230, 120, 40 );
+
+TEST_F( KestoRecord, TakesTheBudgetsOfTheTargetLibrary )
+{
+	showbudget::Settings settings;
+	settings.m_nPort = 0;
+	settings.m_pLog = []( showbudget::Severity, const char *, void * ) {};
+	showbudget::Start( settings );
+	std::atomic<bool> bDone = false;
+	std::thread engine(
+		[&]
+		{
+			while ( !bDone )
+			{
+				SHOWBUDGET_SCOPE( g_Physics, "step" );
+				showbudget::EndFrame();
+			}
+		} );
+	const KestoRun run = Record( "127.0.0.1:" + std::to_string( showbudget::Port() ), { "--frames", "20" } );
+	bDone = true;
+	engine.join();
+	showbudget::Stop();
+	const std::vector<std::string> lines = Lines();
+	ASSERT_EQ( lines.size(), 21u ) << run.m_Errors;
+	EXPECT_TRUE( lines[0].starts_with( "frame,frame_rate,begins_tick," ) ) << lines[0];
+	EXPECT_NE( lines[0].find( ",Physics_us," ), std::string::npos ) << lines[0];
+	EXPECT_TRUE( lines[20].starts_with( "19," ) ) << lines[20];
+}
