@@ -48,7 +48,8 @@ static void DrawLabels( QPainter &painter, const std::vector<FlameScaleLabel> &l
 
 void CQFlamegraphScaleItem::paint( QPainter *pPainter, const QStyleOptionGraphicsItem *pOption, QWidget * )
 {
-	const QRectF exposed = pOption->exposedRect;
+	// Nothing exposed is how a plain option says that it does not know.
+	const QRectF exposed = pOption && !pOption->exposedRect.isEmpty() ? pOption->exposedRect : boundingRect();
 	const FlameScaleLayout layout = LayoutFlameScale( m_Scale, m_flMarker, m_Widget.GetMap(),
 		static_cast<float>( exposed.left() ), static_cast<float>( exposed.right() ) );
 	pPainter->setPen( BAND_COLOUR );

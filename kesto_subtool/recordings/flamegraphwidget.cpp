@@ -1,5 +1,6 @@
 #include "recordings/flamegraphwidget.h"
 
+#include <QScrollBar>
 #include <QWheelEvent>
 #include <cmath>
 
@@ -62,8 +63,14 @@ void CQFlamegraphWidget::SetFrame( CKestoFile::CTickTimings *pFrame )
 {
 	if ( pFrame == m_pFrame.Get() )
 		return;
+	const bool bFirst = !m_pFrame;
 	m_pFrame = CRefPtr( pFrame );
 	Relayout();
+	if ( bFirst ) // where the frame begins, not somewhere in its middle
+	{
+		horizontalScrollBar()->setValue( horizontalScrollBar()->minimum() );
+		verticalScrollBar()->setValue( verticalScrollBar()->maximum() );
+	}
 }
 
 QString CQFlamegraphWidget::GetNodeText( int32_t nNode ) const
@@ -73,7 +80,7 @@ QString CQFlamegraphWidget::GetNodeText( int32_t nNode ) const
 
 CQFlamegraphRowItem *CQFlamegraphWidget::GetItemOf( int32_t nNode ) const
 {
-	const int32_t nRow = m_pRows ? m_pRows->FirstRowOf( nNode ) : -1;
+	const int32_t nRow = m_pRows ? m_pRows->RowOf( nNode ) : -1;
 	return nRow < 0 ? nullptr : m_RowItems[static_cast<size_t>( nRow )];
 }
 
@@ -112,8 +119,8 @@ void CQFlamegraphWidget::SetSelected( int32_t nNode, bool bSelected )
 {
 	if ( m_nReporting != 0 )
 		return;
-	for ( int32_t nRow = m_pRows ? m_pRows->FirstRowOf( nNode ) : -1; nRow >= 0;
-		  nRow = ( *m_pRows )[nRow].m_nNextRowOfNode )
+	for ( int32_t nRow = m_pRows ? m_pRows->RowOf( nNode ) : -1; nRow >= 0;
+		  nRow = ( *m_pRows )[nRow].m_nEarlierRowOfNode )
 	{
 		CQFlamegraphRowItem *pItem = m_RowItems[static_cast<size_t>( nRow )];
 		if ( pItem->isSelected() == bSelected )

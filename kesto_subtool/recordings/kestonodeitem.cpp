@@ -5,10 +5,11 @@
 
 #include "recordings/kestotexts.h"
 
-CKestoNodeItem::CKestoNodeItem( const CKestoFile &file, int32_t nNode )
+CKestoNodeItem::CKestoNodeItem( const CKestoFile &file, int32_t nNode, int32_t nRow )
 	: QTreeWidgetItem( UserType )
 	, m_File( file )
 	, m_nNode( nNode )
+	, m_nRow( nRow )
 {
 	setText( COLUMN_NAME, NodeNameText( file, nNode ) );
 	setData( COLUMN_NAME, Qt::UserRole, nNode );

@@ -19,10 +19,11 @@ public:
 		COLUMN_COUNT
 	};
 
-	// The file must outlive the item.
-	CKestoNodeItem( const CKestoFile &file, int32_t nNode );
+	// The file must outlive the item. nRow is the node's row in the recording's NodeRows.
+	CKestoNodeItem( const CKestoFile &file, int32_t nNode, int32_t nRow );
 
 	int32_t GetNode() const { return m_nNode; }
+	int32_t GetRow() const { return m_nRow; }
 
 	// Takes the node's figures from a frame. Where calls and time are both 0 the cells are empty, and the tool tip
 	// stays what it was.
@@ -40,6 +41,7 @@ private:
 
 	const CKestoFile &m_File;
 	int32_t m_nNode;
+	int32_t m_nRow;
 	CKestoFile::CTickTimings::Entry m_Entry{};
 	int32_t m_nExclusive = 0;
 	bool m_bHasToolTip = false;

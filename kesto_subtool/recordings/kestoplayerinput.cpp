@@ -25,7 +25,8 @@ void CQKestoPlayerWidget::LoadSettings( const KeyValues &settings )
 
 void CQKestoPlayerWidget::SaveSettings( KeyValues &settings ) const
 {
-	settings.SetString( DIRECTORY_KEY, m_Directory.toUtf8().constData() );
+	if ( !m_Directory.isEmpty() ) // what another window knows stays
+		settings.SetString( DIRECTORY_KEY, m_Directory.toUtf8().constData() );
 }
 
 void CQKestoPlayerWidget::OnItemContextMenu( int nItem, const QPoint &ptGlob )
@@ -48,7 +49,7 @@ void CQKestoPlayerWidget::OnItemContextMenu( int nItem, const QPoint &ptGlob )
 	if ( bCopy )
 		Plat_SetClipboardText( NodeNameText( *pFile, nItem ).toUtf8().constData() );
 	else if ( pFile == m_pFile )
-		ShowTick( nFrame );
+		ShowFrame( nFrame );
 }
 
 bool CQKestoPlayerWidget::OnOpenFile()
@@ -93,11 +94,22 @@ bool CQKestoPlayerWidget::OpenRecording( const QString &fileName )
 	return static_cast<bool>( pFile );
 }
 
-bool CQKestoPlayerWidget::ShowTick( int nTick )
+void CQKestoPlayerWidget::ShowFrame( int nFrame )
 {
-	OnSetTick( nTick );
-	m_pTickSlider->setValue( nTick );
-	return true;
+	OnSetTick( nFrame );
+	m_pTickSlider->setValue( nFrame );
+}
+
+void CQKestoPlayerWidget::ShowSlowestFrame()
+{
+	ShowFoundFrame( m_FrameFinder.FindSlowest() );
+}
+
+// -1 = nothing was found.
+void CQKestoPlayerWidget::ShowFoundFrame( int nFrame )
+{
+	if ( nFrame >= 0 )
+		ShowFrame( nFrame );
 }
 
 // Whether the key means something here.
@@ -107,18 +119,21 @@ bool CQKestoPlayerWidget::HandleKey( const QKeyEvent &event )
 	if ( m_nCurrentTick < 0 || ( event.modifiers() & ~( Qt::ShiftModifier | Qt::KeypadModifier ) ) )
 		return false;
 	const int nStep = bShift ? 10 : 1;
-	const auto showFound = [this]( int nFrame ) { return nFrame < 0 || ShowTick( nFrame ); };
 	switch ( event.key() )
 	{
 		case Qt::Key_Left:
-			return ShowTick( std::max( m_nCurrentTick - nStep, 0 ) );
+			ShowFrame( std::max( m_nCurrentTick - nStep, 0 ) );
+			return true;
 		case Qt::Key_Right:
-			return ShowTick( std::min( m_nCurrentTick + nStep, m_pFile->GetFrameCount() - 1 ) );
+			ShowFrame( std::min( m_nCurrentTick + nStep, m_pFile->GetFrameCount() - 1 ) );
+			return true;
 		case Qt::Key_N:
-			return showFound( bShift ? m_FrameFinder.FindPreviousSlow( m_nCurrentTick )
-									 : m_FrameFinder.FindNextSlow( m_nCurrentTick ) );
+			ShowFoundFrame( bShift ? m_FrameFinder.FindPreviousSlow( m_nCurrentTick )
+								   : m_FrameFinder.FindNextSlow( m_nCurrentTick ) );
+			return true;
 		case Qt::Key_M:
-			return showFound( m_FrameFinder.FindSlowest() );
+			ShowSlowestFrame();
+			return true;
 		default:
 			return false;
 	}

@@ -54,36 +54,47 @@ void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
 		m_pNodeTree->scrollToItem( toSelect.front() );
 }
 
-// A node that is in several rows is selected when any of them is.
+CKestoNodeItem *CQKestoPlayerWidget::GetItemOf( int32_t nNode ) const
+{
+	const int32_t nRow = m_pRows ? m_pRows->RowOf( nNode ) : -1;
+	return nRow < 0 ? nullptr : m_NodeItems[static_cast<size_t>( nRow )];
+}
+
+// A node that is in several rows is selected when any of them is. The tree is asked once for everything that is
+// selected: asking it row by row is quadratic when a large tree is selected as a whole.
 void CQKestoPlayerWidget::OnTreeSelectionChanged()
 {
-	for ( size_t i = 0; i < m_NodeItems.size(); i++ )
+	if ( !m_pRows )
+		return;
+	std::vector<bool> isSelected( static_cast<size_t>( m_pRows->Count() ) );
+	for ( const QTreeWidgetItem *pItem : m_pNodeTree->selectedItems() )
 	{
-		if ( !m_NodeItems[i] )
-			continue;
+		const int32_t nNode = static_cast<const CKestoNodeItem *>( pItem )->GetNode();
+		isSelected[static_cast<size_t>( m_pRows->RowOf( nNode ) )] = true;
+	}
+	for ( size_t i = 1; i < m_NodeItems.size(); i++ )
+	{
 		const int32_t nNode = m_NodeItems[i]->GetNode();
-		int32_t nRow = m_pRows->FirstRowOf( nNode );
-		if ( nRow != static_cast<int32_t>( i ) )
-			continue;
-		bool bSelected = false;
-		for ( ; nRow >= 0; nRow = ( *m_pRows )[nRow].m_nNextRowOfNode )
-			if ( const CKestoNodeItem *pItem = m_NodeItems[static_cast<size_t>( nRow )] )
-				bSelected = bSelected || pItem->isSelected();
-		m_pFlamegraph->SetSelected( nNode, bSelected );
+		if ( m_pRows->RowOf( nNode ) == static_cast<int32_t>( i ) )
+			m_pFlamegraph->SetSelected( nNode, isSelected[i] );
 	}
 }
 
+// Every row of a node goes out of the selection with it; into it, the one that stands for the node is enough.
 void CQKestoPlayerWidget::OnSelectedChanged( int nNodeId, bool bSelected )
 {
-	const int32_t nRow = m_pRows ? m_pRows->FirstRowOf( nNodeId ) : -1;
-	CKestoNodeItem *pItem = nRow < 0 ? nullptr : m_NodeItems[static_cast<size_t>( nRow )];
+	CKestoNodeItem *pItem = GetItemOf( nNodeId );
 	if ( !pItem || pItem->isSelected() == bSelected )
 		return;
-	if ( bSelected )
+	if ( !bSelected )
+		for ( int32_t nRow = pItem->GetRow(); nRow > 0; nRow = ( *m_pRows )[nRow].m_nEarlierRowOfNode )
+			m_NodeItems[static_cast<size_t>( nRow )]->setSelected( false );
+	else
+	{
 		ExpandAncestors( *pItem );
-	pItem->setSelected( bSelected );
-	if ( bSelected )
+		pItem->setSelected( true );
 		m_pNodeTree->scrollToItem( pItem );
+	}
 }
 
 void CQKestoPlayerWidget::OnNodeTreeItemClicked( const QPoint &pos )

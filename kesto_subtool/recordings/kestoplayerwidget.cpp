@@ -10,10 +10,15 @@
 #include <QToolBar>
 #include <QTreeWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestonodeitem.h"
 #include "recordings/kestotexts.h"
+
+// Widths of the tree's columns at first, in average characters.
+static constexpr int NAME_CHARACTERS = 34;
+static constexpr int FIGURE_CHARACTERS = 12;
 
 CQKestoPlayerWidget::CQKestoPlayerWidget( QWidget *pParent )
 	: QWidget( pParent )
@@ -70,29 +75,40 @@ QToolBar *CQKestoPlayerWidget::MakeToolBar()
 QSplitter *CQKestoPlayerWidget::MakeViews()
 {
 	auto *pSplitter = new QSplitter( this );
-	auto *pNodes = new QGroupBox( tr( "Kesto Nodes" ), pSplitter );
+	pSplitter->addWidget( MakeNodes() );
+	auto *pFlames = new QGroupBox( tr( "Flamegraph" ) );
+	auto *pFlamesLayout = new QVBoxLayout( pFlames );
+	m_pFlamegraph = new CQFlamegraphWidget( pFlames );
+	pFlamesLayout->addWidget( m_pFlamegraph );
+	pSplitter->addWidget( pFlames );
+	pSplitter->setStretchFactor( 1, 1 );
+	const int nTreeWidth = ( NAME_CHARACTERS + 3 * FIGURE_CHARACTERS + 8 ) * fontMetrics().averageCharWidth();
+	pSplitter->setSizes( { nTreeWidth, 2 * nTreeWidth } );
+	return pSplitter;
+}
+
+QWidget *CQKestoPlayerWidget::MakeNodes()
+{
+	const int nCharacter = fontMetrics().averageCharWidth();
+	auto *pNodes = new QGroupBox( tr( "Kesto Nodes" ) );
 	auto *pNodesLayout = new QVBoxLayout( pNodes );
 	m_pFilter = new QLineEdit( pNodes );
+	m_pFilter->setAcceptDrops( false ); // files are dropped on the player
 	m_pFilter->setPlaceholderText( tr( "Select nodes by name (* and ? match anything)" ) );
 	m_pNodeTree = new QTreeWidget( pNodes );
+	// Of the columns that are made from here on.
+	m_pNodeTree->header()->setDefaultSectionSize( FIGURE_CHARACTERS * nCharacter );
 	m_pNodeTree->setHeaderLabels( { tr( "Name" ), tr( "Inclusive" ), tr( "Exclusive" ), tr( "Calls" ) } );
+	for ( int i = CKestoNodeItem::COLUMN_INCLUSIVE; i < CKestoNodeItem::COLUMN_COUNT; i++ )
+		m_pNodeTree->headerItem()->setTextAlignment( i, Qt::AlignRight | Qt::AlignVCenter );
 	m_pNodeTree->setSelectionMode( QAbstractItemView::ExtendedSelection );
 	m_pNodeTree->setContextMenuPolicy( Qt::CustomContextMenu );
 	m_pNodeTree->setUniformRowHeights( true );
 	m_pNodeTree->header()->setSectionsClickable( true );
-	m_pNodeTree->header()->resizeSection( CKestoNodeItem::COLUMN_NAME, 220 );
-	m_pNodeTree->header()->setDefaultSectionSize( 80 );
+	m_pNodeTree->header()->resizeSection( CKestoNodeItem::COLUMN_NAME, NAME_CHARACTERS * nCharacter );
 	pNodesLayout->addWidget( m_pFilter );
 	pNodesLayout->addWidget( m_pNodeTree );
-
-	auto *pFlames = new QGroupBox( tr( "Flamegraph" ), pSplitter );
-	auto *pFlamesLayout = new QVBoxLayout( pFlames );
-	m_pFlamegraph = new CQFlamegraphWidget( pFlames );
-	pFlamesLayout->addWidget( m_pFlamegraph );
-	pSplitter->addWidget( pNodes );
-	pSplitter->addWidget( pFlames );
-	pSplitter->setStretchFactor( 1, 1 );
-	return pSplitter;
+	return pNodes;
 }
 
 void CQKestoPlayerWidget::MakeConnections()
@@ -152,7 +168,7 @@ void CQKestoPlayerWidget::FillTree()
 	for ( int32_t i = 1; i < m_pRows->Count(); i++ )
 	{
 		const NodeRow &row = ( *m_pRows )[i];
-		auto *pItem = new CKestoNodeItem( *m_pFile, row.m_nNode );
+		auto *pItem = new CKestoNodeItem( *m_pFile, row.m_nNode, i );
 		m_NodeItems[static_cast<size_t>( i )] = pItem;
 		if ( row.m_nParentRow == 0 )
 			topLevel.push_back( pItem );
@@ -186,6 +202,8 @@ void CQKestoPlayerWidget::UpdateFrameText()
 							   .arg( m_nCurrentTick )
 							   .arg( m_pFile->GetFrameCount() )
 							   .arg( FormatMilliseconds( nTime ) ) );
+	// Never narrower than it was: the slider beside it must not move under the mouse.
+	m_pFrameText->setMinimumWidth( std::max( m_pFrameText->minimumWidth(), m_pFrameText->sizeHint().width() ) );
 }
 
 void CQKestoPlayerWidget::OnSetTick( int nValue )
@@ -199,7 +217,8 @@ void CQKestoPlayerWidget::OnSetTick( int nValue )
 			pItem->SetFrame( frame );
 	m_nCurrentTick = nValue;
 	m_pTickSlider->setToolTip( QString::number( nValue ) );
-	SortAgain();
+	if ( m_nSortColumn != CKestoNodeItem::COLUMN_NAME ) // names are the same in every frame
+		SortAgain();
 	m_pNodeTree->viewport()->update();
 	UpdateFrameText();
 }

@@ -41,7 +41,10 @@ public:
 	const CKestoFile *GetRecording() const { return m_pFile.Get(); } // null = none
 	int GetCurrentTick() const { return m_nCurrentTick; }            // -1 = no frame is shown
 
-	// The folder of the last opened file, under "recording_directory".
+	void ShowFrame( int nFrame ); // the nearest that there is
+	void ShowSlowestFrame();
+
+	// The folder of the last opened file (none is not saved), under "recording_directory".
 	void LoadSettings( const KeyValues &settings );
 	void SaveSettings( KeyValues &settings ) const;
 
@@ -70,6 +73,7 @@ protected:
 private:
 	QToolBar *MakeToolBar();
 	QSplitter *MakeViews();
+	QWidget *MakeNodes();
 	void MakeConnections();
 	void FillTree();
 	void UpdateNotice();
@@ -78,7 +82,8 @@ private:
 	void SortAgain();
 
 	bool HandleKey( const QKeyEvent &event );
-	bool ShowTick( int nTick );
+	void ShowFoundFrame( int nFrame );
+	CKestoNodeItem *GetItemOf( int32_t nNode ) const; // null when the tree has none, as for the root
 	QString AskForFile();
 
 	QSlider *m_pTickSlider = nullptr;

@@ -7,7 +7,7 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 	const int32_t nRoot = file.GetRootNode();
 	if ( nRoot < 0 || nRoot >= wire::RECORDING_MAX_NODES )
 		return;
-	m_FirstRows.assign( static_cast<size_t>( std::max( nRoot + 1, file.GetNodeCount() ) ), -1 );
+	m_LastRows.assign( static_cast<size_t>( std::max( nRoot + 1, file.GetNodeCount() ) ), -1 );
 
 	struct Level
 	{
@@ -15,7 +15,7 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 		int32_t m_nNextChild;
 	};
 	std::vector<Level> levels; // from the root down to the row that gets children now
-	std::vector<bool> isAncestor( m_FirstRows.size() );
+	std::vector<bool> isAncestor( m_LastRows.size() );
 	std::vector<int32_t> leftOut;
 	int32_t nLeaves = 0;
 
@@ -56,22 +56,22 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 
 void NodeRows::AddRow( int32_t nNode, int32_t nParentRow, int32_t nFirstLeaf )
 {
-	int32_t &nFirstRow = m_FirstRows[static_cast<size_t>( nNode )];
+	int32_t &nLastRow = m_LastRows[static_cast<size_t>( nNode )];
 	const int32_t nDepth = nParentRow < 0 ? 0 : ( *this )[nParentRow].m_nDepth + 1;
-	m_Rows.push_back( { nNode, nParentRow, nDepth, nFirstLeaf, nFirstRow } );
-	nFirstRow = Count() - 1;
+	m_Rows.push_back( { nNode, nParentRow, nDepth, nFirstLeaf, nLastRow } );
+	nLastRow = Count() - 1;
 }
 
-int32_t NodeRows::FirstRowOf( int32_t nNode ) const
+int32_t NodeRows::RowOf( int32_t nNode ) const
 {
-	return nNode >= 0 && static_cast<size_t>( nNode ) < m_FirstRows.size() ? m_FirstRows[static_cast<size_t>( nNode )]
-																		   : -1;
+	return nNode >= 0 && static_cast<size_t>( nNode ) < m_LastRows.size() ? m_LastRows[static_cast<size_t>( nNode )]
+																		  : -1;
 }
 
 // Everything that hangs below what was left out, without asking how often.
 void NodeRows::CountLeftOut( const CKestoFile &file, const std::vector<int32_t> &starts )
 {
-	std::vector<bool> counted( m_FirstRows.size() );
+	std::vector<bool> counted( m_LastRows.size() );
 	std::vector<int32_t> todo;
 	const auto add = [&]( int32_t nNode )
 	{

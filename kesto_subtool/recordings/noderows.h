@@ -15,10 +15,10 @@ struct NodeRowLimits
 struct NodeRow
 {
 	int32_t m_nNode;
-	int32_t m_nParentRow;     // -1 for the root
-	int32_t m_nDepth;         // 0 for the root
-	int32_t m_nFirstLeaf;     // rows without children before this one
-	int32_t m_nNextRowOfNode; // -1 = none; see NodeRows::FirstRowOf
+	int32_t m_nParentRow;        // -1 for the root
+	int32_t m_nDepth;            // 0 for the root
+	int32_t m_nFirstLeaf;        // rows without children before this one
+	int32_t m_nEarlierRowOfNode; // -1 = none
 };
 
 // Depth first, children in the order of their chain; row 0 is the root. A node is there as often as the chains lead to
@@ -32,8 +32,9 @@ public:
 	int32_t Count() const { return static_cast<int32_t>( m_Rows.size() ); }
 	const NodeRow &operator[]( int32_t nRow ) const { return m_Rows[static_cast<size_t>( nRow )]; }
 
-	// Rows of one node are chained through m_nNextRowOfNode; -1 when the node (any int) has none.
-	int32_t FirstRowOf( int32_t nNode ) const;
+	// The row that stands for the node (any int): its last one. Where it has more, they are chained from there through
+	// m_nEarlierRowOfNode. -1 when it has none.
+	int32_t RowOf( int32_t nNode ) const;
 
 	// Nodes that the limits left out somewhere, each counted once.
 	int32_t GetLeftOutCount() const { return m_nLeftOut; }
@@ -43,6 +44,6 @@ private:
 	void CountLeftOut( const CKestoFile &file, const std::vector<int32_t> &starts );
 
 	std::vector<NodeRow> m_Rows;
-	std::vector<int32_t> m_FirstRows; // by node id
+	std::vector<int32_t> m_LastRows; // by node id
 	int32_t m_nLeftOut = 0;
 };

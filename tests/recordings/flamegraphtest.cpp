@@ -310,6 +310,50 @@ TEST_F( FlameGraph, TheMiddleButtonPans )
 	EXPECT_EQ( m_Widget.horizontalScrollBar()->value(), nBefore + 40 );
 }
 
+TEST_F( FlameGraph, TheFirstFrameIsSeenFromItsBeginning )
+{
+	m_Widget.resize( 400, 300 );
+	Show( 0 );
+	EXPECT_NEAR( m_Widget.mapToScene( QPoint( 0, 0 ) ).x(), 0.0, 1.0 );
+	m_Widget.horizontalScrollBar()->setValue( 300 );
+	m_Widget.SetFrame( m_pFile->GetFrame( 1 ) );
+	EXPECT_EQ( m_Widget.horizontalScrollBar()->value(), 300 ) << "where the user looks stays";
+}
+
+TEST_F( FlameGraph, WithoutARecordingTheScaleIsThatOf60FramesPerSecond )
+{
+	m_Widget.SetFrame( m_pFile->GetFrame( 0 ) );
+	EXPECT_EQ( m_Widget.GetScaleItem().GetScale().GetMilliseconds(), 17 );
+	EXPECT_EQ( m_Widget.GetScaleItem().GetScale().GetExponent(), 5 );
+}
+
+TEST_F( FlameGraph, APlainStyleOptionShowsTheWholeScale )
+{
+	Show( 0 );
+	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
+	CPaintLog log( QSize( 4000, 400 ) );
+	QPainter painter( &log );
+	const QStyleOptionGraphicsItem option;
+	scale.paint( &painter, &option, nullptr );
+	painter.end();
+	const std::vector<PaintOp> whole = Paint( scale );
+	EXPECT_EQ( log.Ops().size(), whole.size() );
+}
+
+TEST_F( FlameGraph, MovesThatPanAreNotSeenByItems )
+{
+	Show( 0 );
+	const auto &scale = m_Widget.GetScaleItem();
+	const QPoint ptScale = m_Widget.mapFromScene( QPointF( 500, scale.boundingRect().center().y() ) );
+	for ( const Qt::MouseButtons buttons : { Qt::MouseButtons( Qt::NoButton ), Qt::MouseButtons( Qt::LeftButton ) } )
+	{
+		QMouseEvent move( QEvent::MouseMove, ptScale, m_Widget.viewport()->mapToGlobal( ptScale ), Qt::NoButton,
+			buttons, Qt::NoModifier );
+		QCoreApplication::sendEvent( m_Widget.viewport(), &move );
+		EXPECT_EQ( scale.GetMarker(), 0.0f ) << "deliberate: the scene hands no move on";
+	}
+}
+
 TEST_F( FlameGraph, ASelectedBarKeepsItsPlaceWhenTheFrameChanges )
 {
 	Show( 0 );

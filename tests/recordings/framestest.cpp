@@ -55,9 +55,9 @@ TEST( NodeRows, ListNodesDepthFirstInTheOrderOfTheirChains )
 	const NodeRows rows( *Parse( SixNodes().EndFrame() ) );
 	EXPECT_THAT( RowsOf( rows ), ElementsAre( PlainRow{ 0, -1, 0, 0 }, PlainRow{ 2, 0, 1, 0 }, PlainRow{ 5, 1, 2, 0 },
 									 PlainRow{ 1, 0, 1, 1 }, PlainRow{ 4, 3, 2, 1 }, PlainRow{ 3, 3, 2, 2 } ) );
-	EXPECT_EQ( rows.FirstRowOf( 4 ), 4 );
-	EXPECT_EQ( rows.FirstRowOf( 6 ), -1 );
-	EXPECT_EQ( rows.FirstRowOf( -1 ), -1 );
+	EXPECT_EQ( rows.RowOf( 4 ), 4 );
+	EXPECT_EQ( rows.RowOf( 6 ), -1 );
+	EXPECT_EQ( rows.RowOf( -1 ), -1 );
 	EXPECT_EQ( rows.GetLeftOutCount(), 0 );
 }
 
@@ -84,9 +84,9 @@ TEST( NodeRows, ANodeThatIsReachedTwiceHasTwoRows )
 	EXPECT_THAT( RowsOf( rows ),
 		ElementsAre( PlainRow{ 0, -1, 0, 0 }, PlainRow{ 2, 0, 1, 0 }, PlainRow{ 3, 1, 2, 0 }, PlainRow{ 5, 1, 2, 1 },
 			PlainRow{ 1, 0, 1, 2 }, PlainRow{ 4, 4, 2, 2 }, PlainRow{ 3, 4, 2, 3 }, PlainRow{ 5, 4, 2, 4 } ) );
-	EXPECT_EQ( rows[rows.FirstRowOf( 3 )].m_nNode, 3 );
-	EXPECT_EQ( rows[rows[rows.FirstRowOf( 3 )].m_nNextRowOfNode].m_nNode, 3 );
-	EXPECT_EQ( rows[rows[rows.FirstRowOf( 3 )].m_nNextRowOfNode].m_nNextRowOfNode, -1 );
+	EXPECT_EQ( rows[rows.RowOf( 3 )].m_nNode, 3 );
+	EXPECT_EQ( rows[rows[rows.RowOf( 3 )].m_nEarlierRowOfNode].m_nNode, 3 );
+	EXPECT_EQ( rows[rows[rows.RowOf( 3 )].m_nEarlierRowOfNode].m_nEarlierRowOfNode, -1 );
 }
 
 TEST( NodeRows, LevelsAreLimitedAndWhatIsLeftOutIsCounted )
@@ -155,7 +155,7 @@ TEST( FlameLayout, ColoursAreACheckerboardOfDepthAndLeaf )
 	const auto colour = []( int nDepth, int nLeaf )
 	{
 		return FlameColourIndex(
-			{ .m_nNode = 1, .m_nParentRow = 0, .m_nDepth = nDepth, .m_nFirstLeaf = nLeaf, .m_nNextRowOfNode = -1 } );
+			{ .m_nNode = 1, .m_nParentRow = 0, .m_nDepth = nDepth, .m_nFirstLeaf = nLeaf, .m_nEarlierRowOfNode = -1 } );
 	};
 	EXPECT_EQ( colour( 2, 4 ), 0 );
 	EXPECT_EQ( colour( 2, 5 ), 1 );

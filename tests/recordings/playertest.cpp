@@ -405,4 +405,99 @@ TEST_F( Player, ADroppedFileIsOpened )
 	m_Player.SaveSettings( settings );
 	EXPECT_EQ( QString( settings.GetString( "recording_directory" ) ), folder.path() );
 }
+
+TEST_F( Player, AFileMayBeDroppedOnAnyPartOfIt )
+{
+	QMimeData data;
+	data.setUrls( { QUrl::fromLocalFile( "/some/file.kesto" ) } );
+	QMimeData twoFiles;
+	twoFiles.setUrls( { QUrl::fromLocalFile( "/a.kesto" ), QUrl::fromLocalFile( "/b.kesto" ) } );
+	QMimeData text;
+	text.setText( "/a.kesto" );
+	const auto isTaken = []( QWidget &widget, const QMimeData &what )
+	{
+		QDragEnterEvent enter( QPoint( 2, 2 ), Qt::CopyAction, &what, Qt::LeftButton, Qt::NoModifier );
+		QCoreApplication::sendEvent( &widget, &enter );
+		return enter.isAccepted();
+	};
+	for ( QWidget *pPart :
+		{ static_cast<QWidget *>( &m_Player ), Child<QTreeWidget>().viewport(), Child<CQFlamegraphWidget>().viewport(),
+			static_cast<QWidget *>( &Child<QLineEdit>() ), static_cast<QWidget *>( &Child<QSlider>() ) } )
+	{
+		EXPECT_TRUE( isTaken( *pPart, data ) ) << pPart->metaObject()->className();
+		EXPECT_FALSE( isTaken( *pPart, twoFiles ) ) << pPart->metaObject()->className();
+		EXPECT_FALSE( isTaken( *pPart, text ) ) << pPart->metaObject()->className();
+	}
+}
+
+TEST_F( Player, WithoutAFileNoFolderIsSaved )
+{
+	KeyValues settings( "settings" );
+	settings.SetString( "recording_directory", "/of/another/window" );
+	m_Player.SaveSettings( settings );
+	EXPECT_STREQ( settings.GetString( "recording_directory" ), "/of/another/window" );
+}
+
+// 3 hangs below 0 and below 2: its rows are 1 and 3.
+CRecordingWriter ReachedTwice()
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "three", 3 ).Node( 0, "one", 1 );
+	return writer.Node( 0, "two", 2 ).Node( 2, "three", 3 ).EndFrame();
+}
+
+TEST_F( Player, ANodeWithTwoRowsIsSelectedAsOne )
+{
+	Show( ReachedTwice() );
+	const QList<QTreeWidgetItem *> rows =
+		Child<QTreeWidget>().findItems( "three", Qt::MatchExactly | Qt::MatchRecursive );
+	ASSERT_EQ( rows.size(), 2 );
+	CQFlamegraphWidget &flames = Child<CQFlamegraphWidget>();
+	const auto barsSelected = [&]
+	{
+		int nSelected = 0;
+		for ( const CQFlamegraphRowItem *pBar : flames.GetRowItems() )
+			nSelected += pBar->GetNode() == 3 && pBar->isSelected() ? 1 : 0;
+		return nSelected;
+	};
+	for ( QTreeWidgetItem *pRow : rows )
+	{
+		pRow->setSelected( true );
+		EXPECT_EQ( barsSelected(), 2 );
+	}
+	rows[0]->setSelected( false );
+	EXPECT_EQ( barsSelected(), 2 ) << "one row is selected still";
+	rows[0]->setSelected( true );
+	m_Player.OnSelectedChanged( 3, false );
+	EXPECT_FALSE( rows[0]->isSelected() || rows[1]->isSelected() );
+	EXPECT_EQ( barsSelected(), 0 );
+}
+
+TEST_F( Player, ShowingAFrameThatThereIsNotShowsTheNearest )
+{
+	Show( Recording( { 1, 2 } ) );
+	m_Player.ShowFrame( 99 );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 2 );
+	m_Player.ShowFrame( -5 );
+	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
+}
+
+TEST_F( Player, AnotherFrameIsSortedAgain )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "b", 1 ).Node( 0, "a", 2 );
+	writer.BeginTimings().Entry( 1, 9 ).Entry( 1, 1 ).Entry( 1, 2 ).EndFrame();
+	Show( writer.BeginFrame().BeginTimings().Entry( 1, 9 ).Entry( 1, 4 ).Entry( 1, 3 ).EndFrame() );
+	QTreeWidget &tree = Child<QTreeWidget>();
+	emit tree.header()->sectionClicked( 1 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "b" );
+	m_Player.OnSetTick( 1 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "a" );
+}
+
+TEST_F( Player, TheTreeFitsItsColumnsAtFirst )
+{
+	m_Player.resize( 1400, 600 );
+	QCoreApplication::processEvents();
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	EXPECT_EQ( tree.header()->length(), tree.viewport()->width() ) << "no scroll bar, no gap";
+}
 } // namespace
