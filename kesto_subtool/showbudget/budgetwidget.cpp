@@ -91,6 +91,8 @@ void CQBudgetWidget::CreateViews()
 	m_pPlayerDock = AddBottomDock( tr( "Kesto Player" ), "Kesto_Player", m_pPlayer );
 	m_pPlayerDock->setWindowIcon( QIcon( QStringLiteral( "game:tools/images/tessel/flamegraph.png" ) ) );
 	m_pPlayerDock->hide();
+	if ( const KeyValues *pSettings = m_Owner.GetSettings() )
+		m_pPlayer->LoadSettings( *pSettings );
 }
 
 QDockWidget *CQBudgetWidget::AddBottomDock( const QString &title, const char *pObjectName, QWidget *pContent )
@@ -223,6 +225,7 @@ void CQBudgetWidget::OnConnectionStateChanged()
 {
 	if ( IsConnected() )
 	{
+		ArrangeForRecording( false );
 		m_pMiniProfiler->Clear();
 		SendMiniProfilerUpdateFlags();
 	}
@@ -240,6 +243,36 @@ void CQBudgetWidget::OnConnectionEnded()
 	m_bRunning = false;
 	m_Actions.m_pStartSampling->setEnabled( false );
 	m_Actions.m_pStopSampling->setEnabled( false );
+}
+
+// -- Recordings
+
+bool CQBudgetWidget::OpenRecording( const QString &fileName )
+{
+	m_pPlayerDock->show();
+	m_pPlayerDock->raise();
+	if ( !IsConnected() )
+		ArrangeForRecording( true );
+	return m_pPlayer->OpenRecording( fileName );
+}
+
+void CQBudgetWidget::ArrangeForRecording( bool bOn )
+{
+	if ( bOn == m_bArrangedForRecording )
+		return;
+	m_bArrangedForRecording = bOn;
+	m_pSamplesView->setVisible( !bOn );
+	m_pHistoryDock->setVisible( !bOn );
+}
+
+void CQBudgetWidget::ShowRecordedFrame( int nFrame )
+{
+	m_pPlayer->ShowFrame( nFrame );
+}
+
+void CQBudgetWidget::ShowSlowestRecordedFrame()
+{
+	m_pPlayer->ShowSlowestFrame();
 }
 
 // -- What the views see

@@ -51,6 +51,14 @@ public:
 	bool IsRunning() const { return m_bRunning; }
 	const CBudgetSampleStore &Samples() const { return m_Samples; }
 
+	// Recordings, for a host that was given a file: it reaches these by their names (QMetaObject::invokeMethod).
+	// Opens the file in the player, which asks about damage; false when no recording was taken. Runs events: the window
+	// may be gone afterwards. The player has the window to itself until there is an engine, and how the window is
+	// arranged then is not kept for others.
+	Q_INVOKABLE bool OpenRecording( const QString &fileName );
+	Q_INVOKABLE void ShowRecordedFrame( int nFrame ); // the nearest that there is
+	Q_INVOKABLE void ShowSlowestRecordedFrame();
+
 	// ITesselDataReceived
 	bool OnDataReceived( ITesselConnection *pConnection, uint32_t nChunkType, uint16_t nVersion, uint32_t nLength,
 		uint8_t *pBuffer ) override;
@@ -91,6 +99,7 @@ private:
 	void CreateMenusAndToolBar();
 	void RegisterReceivers();
 	void RestoreLayout();
+	void ArrangeForRecording( bool bOn );
 
 	bool IsConnected() const;
 	void ReceiveCategories( std::span<const uint8_t> payload );
@@ -107,6 +116,7 @@ private:
 	BudgetSample m_ReceivedSample; // kept for its memory
 	BudgetOptions m_Options;
 	bool m_bRunning = false;
+	bool m_bArrangedForRecording = false;
 	std::array<uint8_t, 2> m_SamplingOptions{}; // sent with 'KSTO'
 
 	BudgetViewStyle m_Style;

@@ -1,5 +1,6 @@
 // The Show Budget window: what it keeps in the settings that all windows share.
 #include "keel0/keyvalues.h"
+#include "recordings/kestoplayerwidget.h"
 #include "showbudget/budgetwidget.h"
 #include "showbudget/ibudgetwindowowner.h"
 #include "views/budgethistorywidget.h"
@@ -21,7 +22,7 @@ void CQBudgetWidget::SaveSettings()
 	KeyValues *pSettings = m_Owner.GetSettings();
 	if ( !pSettings )
 		return;
-	if ( isVisible() )
+	if ( isVisible() && !m_bArrangedForRecording )
 	{
 		pSettings->SetString( GEOMETRY_KEY, saveGeometry().toBase64() );
 		pSettings->SetString( WINDOW_STATE_KEY, saveState().toBase64() );
@@ -29,6 +30,7 @@ void CQBudgetWidget::SaveSettings()
 	m_Options.Write( *pSettings );
 	m_pSamplesView->SaveSettings( *pSettings );
 	m_pHistoryView->SaveSettings( *pSettings );
+	m_pPlayer->SaveSettings( *pSettings );
 }
 
 // What is missing or broken leaves geometry and layout as they are.
