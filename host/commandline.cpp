@@ -12,10 +12,10 @@ constexpr int MAX_PICTURE_SIDE = 8192;
 const QString g_ShowBudget = QStringLiteral( "Show Budget" );
 
 const char *const g_pUsage =
-	R"(Usage: tessel [options]
+	R"(Usage: tessel [options] [FILE.kesto ...]
 
 Tessel, a developer console: connects to running engine processes and shows what
-they send.
+they send. Recordings (.kesto) open in a window each; they need no engine.
 
 Connections
   --connect ADDRESS    Connect to host[:port] (may be given several times). The
@@ -23,6 +23,12 @@ Connections
   --demo               Start the demo engine, connect to it and open Show Budget.
   --open TITLE         Open a sub-tool, such as "Show Budget", as soon as the
                        first connection is up (may be given several times).
+
+Recordings
+  --open-recording FILE  Open a recording, as FILE alone does (may be given
+                       several times).
+  --frame NUMBER       Show that frame first, counted from 0; "slowest" is the
+                       one that took longest.
 
 Look and settings
   --style NAME         dark, light or system.
@@ -35,7 +41,8 @@ Pictures
   --screenshot FILE    Write a picture (.png) of a window to FILE and end.
   --after SECONDS      When, counted from when the connection is up (default 3).
   --what WINDOW        Of which window: budget (default), miniprofiler (its panel
-                       of scopes, grouped by budget) or console.
+                       of scopes, grouped by budget), player (of the recording)
+                       or console.
   --size WIDTHxHEIGHT  In which size, in pixels at scale 1 (default 1280x860).
 
   -h, --help           Print this text and end.
@@ -54,6 +61,8 @@ public:
 			{ "demo", QString() },
 			{ "connect", QString(), "ADDRESS" },
 			{ "open", QString(), "TITLE" },
+			{ "open-recording", QString(), "FILE" },
+			{ "frame", QString(), "NUMBER" },
 			{ "style", QString(), "NAME" },
 			{ "settings", QString(), "FILE" },
 			{ "plugin", QString(), "FILE" },
@@ -72,9 +81,8 @@ public:
 			return { CommandLineResult::Kind::Print, QString::fromUtf8( g_pUsage ), {} };
 		if ( m_Parser.isSet( "version" ) )
 			return { CommandLineResult::Kind::Print, QStringLiteral( "tessel %1\n" ).arg( TESSEL_VERSION ), {} };
-		if ( !m_Parser.positionalArguments().isEmpty() )
-			Fail( QStringLiteral( "unexpected argument \"%1\"" ).arg( m_Parser.positionalArguments().first() ) );
 		ReadConnections();
+		ReadRecordings();
 		ReadFiles();
 		ReadStyle();
 		ReadScreenshot();
@@ -129,6 +137,36 @@ private:
 		}
 	}
 
+	void ReadRecordings()
+	{
+		for ( const QString &text : Values( "open-recording" ) )
+			AddRecording( text, QStringLiteral( "--open-recording" ) );
+		for ( const QString &text : m_Parser.positionalArguments() )
+			AddRecording( text, QStringLiteral( "unexpected argument \"%1\"" ).arg( text ) );
+		ReadFrame( Value( "frame" ) );
+	}
+
+	void AddRecording( const QString &text, const QString &complaint )
+	{
+		const QFileInfo file( text );
+		if ( !file.isFile() )
+			Fail( QStringLiteral( "%1: there is no file %2" ).arg( complaint, text ) );
+		m_Options.m_Recordings += file.absoluteFilePath();
+	}
+
+	void ReadFrame( const QString &text )
+	{
+		if ( text.isEmpty() )
+			return;
+		bool bNumber = true;
+		m_Options.m_Frame =
+			text == QLatin1String( "slowest" ) ? CommandLineOptions::SLOWEST_FRAME : text.toInt( &bNumber );
+		if ( !bNumber || text.startsWith( '-' ) )
+			Fail( QStringLiteral( "--frame: \"%1\" is no number of a frame, nor \"slowest\"" ).arg( text ) );
+		else if ( m_Options.m_Recordings.isEmpty() )
+			Fail( QStringLiteral( "--frame needs a recording" ) );
+	}
+
 	void ReadFiles()
 	{
 		m_Options.m_SettingsFile = Value( "settings" );
@@ -161,16 +199,24 @@ private:
 		}
 		ReadAfter( after );
 		ReadSize( size );
-		if ( what == QLatin1String( "console" ) )
-			m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
-		else if ( what == QLatin1String( "miniprofiler" ) )
-			m_Options.m_ScreenshotSubject = ScreenshotSubject::MiniProfiler;
-		else if ( !what.isEmpty() && what != QLatin1String( "budget" ) )
-			Fail( QStringLiteral( "--what: \"%1\" is none of budget, miniprofiler, console" ).arg( what ) );
+		ReadSubject( what );
 		CheckScreenshotFile();
-		if ( m_Options.m_ScreenshotSubject != ScreenshotSubject::Console && !m_Options.m_bDemo &&
-			 m_Options.m_Connect.empty() )
+		if ( m_Options.ShowsEngine() && !m_Options.m_bDemo && m_Options.m_Connect.empty() )
 			Fail( QStringLiteral( "--screenshot of an engine's data needs --connect or --demo" ) );
+		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Player && m_Options.m_Recordings.isEmpty() )
+			Fail( QStringLiteral( "--screenshot of the player needs a recording" ) );
+	}
+
+	void ReadSubject( const QString &text )
+	{
+		if ( text == QLatin1String( "console" ) )
+			m_Options.m_ScreenshotSubject = ScreenshotSubject::Console;
+		else if ( text == QLatin1String( "miniprofiler" ) )
+			m_Options.m_ScreenshotSubject = ScreenshotSubject::MiniProfiler;
+		else if ( text == QLatin1String( "player" ) )
+			m_Options.m_ScreenshotSubject = ScreenshotSubject::Player;
+		else if ( !text.isEmpty() && text != QLatin1String( "budget" ) )
+			Fail( QStringLiteral( "--what: \"%1\" is none of budget, miniprofiler, player, console" ).arg( text ) );
 	}
 
 	void ReadAfter( const QString &text )
@@ -215,13 +261,23 @@ private:
 };
 } // namespace
 
+bool CommandLineOptions::ShowsEngine() const
+{
+	return m_ScreenshotSubject == ScreenshotSubject::Budget || m_ScreenshotSubject == ScreenshotSubject::MiniProfiler;
+}
+
 QStringList CommandLineOptions::SubToolsToOpen() const
 {
 	QStringList titles = m_Open;
-	const bool bPicture = !m_ScreenshotFile.isEmpty() && m_ScreenshotSubject != ScreenshotSubject::Console;
+	const bool bPicture = !m_ScreenshotFile.isEmpty() && ShowsEngine();
 	if ( ( m_bDemo || bPicture ) && !titles.contains( g_ShowBudget, Qt::CaseInsensitive ) )
 		titles += g_ShowBudget;
 	return titles;
+}
+
+QString CommandLineOptions::RecordingSubTool()
+{
+	return g_ShowBudget;
 }
 
 CommandLineResult ParseCommandLine( const QStringList &arguments )

@@ -15,14 +15,19 @@ enum class ScreenshotSubject
 {
 	Budget,
 	Console,
-	MiniProfiler // the Show Budget window's panel of scopes
+	MiniProfiler, // the Show Budget window's panel of scopes
+	Player        // the window of the last recording
 };
 
 struct CommandLineOptions
 {
+	static constexpr int SLOWEST_FRAME = -1; // instead of a number
+
 	std::vector<TargetAddress> m_Connect;
 	QStringList m_Open; // titles of sub-tools
 	bool m_bDemo = false;
+	QStringList m_Recordings;         // absolute paths of files that were there; each gets a window
+	std::optional<int> m_Frame;       // of the recordings, the one to show first
 	QString m_ScreenshotFile;         // empty: none is wanted
 	double m_flScreenshotAfter = 3.0; // seconds from when the connection is up
 	ScreenshotSubject m_ScreenshotSubject = ScreenshotSubject::Budget;
@@ -37,6 +42,11 @@ struct CommandLineOptions
 
 	// The sub-tools to open once the first connection is up, those that --demo and --screenshot imply included.
 	QStringList SubToolsToOpen() const;
+
+	bool ShowsEngine() const; // whether the subject of a picture needs one
+
+	// The title of the sub-tool that shows recordings.
+	static QString RecordingSubTool();
 };
 
 struct CommandLineResult

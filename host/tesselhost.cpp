@@ -13,6 +13,7 @@
 #include "keel0/logging.h"
 #include "keel0/memalloc.h"
 #include "miniprofilerpicture.h"
+#include "recordingconnection.h"
 #include "targetconnection.h"
 
 namespace
@@ -98,12 +99,17 @@ bool CTesselHost::Start( QString &error )
 		m_pConnections->SetCurrent( m_pConnections->At( 0 ) );
 	if ( m_Options.m_bDemo )
 		StartDemo();
+	// Later, because opening asks the user where a file is damaged, and the program's loop must run by then.
+	QMetaObject::invokeMethod( this, &CTesselHost::OpenRecordings, Qt::QueuedConnection );
 	return true;
 }
 
 bool CTesselHost::CheckSubToolsToOpen( QString &error ) const
 {
-	for ( const QString &title : m_SubToolsToOpen )
+	QStringList wanted = m_SubToolsToOpen;
+	if ( !m_Options.m_Recordings.isEmpty() )
+		wanted += CommandLineOptions::RecordingSubTool();
+	for ( const QString &title : wanted )
 	{
 		if ( m_pSubTools->Find( title ) )
 			continue;
@@ -143,6 +149,8 @@ void CTesselHost::StartScreenshot()
 		m_pLog->Flush();
 		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Console )
 			return m_pWindow.get();
+		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Player )
+			return m_pRecordingWindow;
 		QWidget *pWindow = FindSubToolWindow( QLatin1String( "Show Budget" ) );
 		if ( pWindow && m_Options.m_ScreenshotSubject == ScreenshotSubject::MiniProfiler )
 			return ArrangeMiniProfiler( *pWindow );
@@ -157,10 +165,67 @@ void CTesselHost::StartScreenshot()
 			Report( LoggingSeverity::Error, QString(), reason );
 			emit Finished( 1 );
 		} );
+	if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Player )
+		return; // begins when the recordings are open
 	if ( m_Options.m_Connect.empty() && !m_Options.m_bDemo )
 		m_pScreenshot->Begin();
 	else
 		m_pScreenshot->Wait();
+}
+
+void CTesselHost::OpenRecordings()
+{
+	if ( m_bShutDown )
+		return;
+	bool bAllTaken = true;
+	for ( const QString &fileName : std::as_const( m_Options.m_Recordings ) )
+		bAllTaken = OpenRecording( fileName ) && bAllTaken;
+	if ( !m_pScreenshot || m_Options.m_ScreenshotSubject != ScreenshotSubject::Player )
+		return;
+	if ( bAllTaken )
+		m_pScreenshot->Begin();
+	else
+		emit Finished( 1 );
+}
+
+// A sub-tool says that it opens recordings by a window with these functions; the host knows nothing else of it.
+bool CTesselHost::OpenRecording( const QString &fileName )
+{
+	bool bTaken = false;
+	const QPointer<QWidget> pWindow = OpenRecordingWindow( fileName );
+	if ( !pWindow || !QMetaObject::invokeMethod(
+						 pWindow, "OpenRecording", Q_RETURN_ARG( bool, bTaken ), Q_ARG( QString, fileName ) ) )
+	{
+		Report( LoggingSeverity::Error, QString(),
+			tr( "%1 is not opened: %2 shows no recordings" ).arg( fileName, CommandLineOptions::RecordingSubTool() ) );
+		return false;
+	}
+	if ( !bTaken )
+		Report( LoggingSeverity::Warning, QString(), tr( "%1 is not opened" ).arg( fileName ) );
+	if ( !bTaken || !pWindow || !m_Options.m_Frame )
+		return bTaken;
+	if ( *m_Options.m_Frame == CommandLineOptions::SLOWEST_FRAME )
+		QMetaObject::invokeMethod( pWindow, "ShowSlowestRecordedFrame" );
+	else
+		QMetaObject::invokeMethod( pWindow, "ShowRecordedFrame", Q_ARG( int, *m_Options.m_Frame ) );
+	return true;
+}
+
+// The sub-tool's window for the file; null when it opens none.
+QWidget *CTesselHost::OpenRecordingWindow( const QString &fileName )
+{
+	const SubTool *pTool = m_pSubTools->Find( CommandLineOptions::RecordingSubTool() );
+	m_Recordings.push_back( std::make_unique<CRecordingConnection>( fileName ) );
+	const QWidgetList before = QApplication::topLevelWidgets();
+	m_pOpenedFor = m_Recordings.back().get();
+	OnOpenRequested( pTool );
+	m_pOpenedFor = nullptr;
+	m_pRecordingWindow = nullptr;
+	for ( QWidget *pWidget : QApplication::topLevelWidgets() )
+		if ( !before.contains( pWidget ) && pWidget->isVisible() &&
+			 pWidget->windowTitle().startsWith( QLatin1String( pTool->m_Known.m_pTitle ) ) )
+			m_pRecordingWindow = pWidget;
+	return m_pRecordingWindow;
 }
 
 // Whoever waits for a picture watches the error output and not the console.
@@ -250,7 +315,7 @@ void CTesselHost::OnCommandEntered( const QString &command )
 
 ITesselConnection *CTesselHost::GetCurrentConnection()
 {
-	return m_pConnections->Current();
+	return m_pOpenedFor ? m_pOpenedFor : m_pConnections->Current();
 }
 
 bool CTesselHost::IsDarkStyle() const
@@ -277,6 +342,8 @@ void CTesselHost::ShutDown()
 		m_Settings.Save();
 	}
 	m_pConnections->RemoveAll();
+	for ( const std::unique_ptr<CRecordingConnection> &pRecording : m_Recordings )
+		m_pSubTools->ConnectionEnded( pRecording.get() );
 	m_pSubTools->ShutDown();
 	m_pDemo.reset();
 }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 #include <memory>
+#include <vector>
 
 #include "commandline.h"
 #include "connectionlist.h"
@@ -17,6 +19,7 @@
 #include "tessel/itesselhost.h"
 
 class CDemoProcess;
+class CRecordingConnection;
 
 class CTesselHost final
 	: public QObject
@@ -37,7 +40,8 @@ public:
 	// second time.
 	void ShutDown();
 
-	// ITesselHost. The current connection is there whether it is connected or not.
+	// ITesselHost. The current connection is there whether it is connected or not; while a sub-tool is asked to show a
+	// recording, it is the recording's.
 	ITesselConnection *GetCurrentConnection() override;
 	bool IsDarkStyle() const override;
 	float GetUIScale() const override;
@@ -60,6 +64,9 @@ private:
 	void OpenWanted( CTargetConnection *pConnection );
 	void StartDemo();
 	void StartScreenshot();
+	void OpenRecordings();
+	bool OpenRecording( const QString &fileName );
+	QWidget *OpenRecordingWindow( const QString &fileName );
 	void Report( LoggingSeverity severity, const QString &source, const QString &text );
 	void OnOpenRequested( const SubTool *pTool );
 	void GiveRoomTheFirstTime( const SubTool *pTool );
@@ -78,6 +85,9 @@ private:
 	std::unique_ptr<CConnectionList> m_pConnections;
 	std::unique_ptr<CSubTools> m_pSubTools;
 	std::unique_ptr<CQMainWindow> m_pWindow;
+	std::vector<std::unique_ptr<CRecordingConnection>> m_Recordings;
+	ITesselConnection *m_pOpenedFor = nullptr; // instead of the current connection
+	QPointer<QWidget> m_pRecordingWindow;      // the last one
 	std::unique_ptr<CDemoProcess> m_pDemo;
 	std::unique_ptr<CScreenshot> m_pScreenshot;
 	bool m_bStarted = false;

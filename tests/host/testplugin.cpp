@@ -45,7 +45,17 @@ class CWindow final
 	: public QLabel
 	, public ITesselDataReceived
 {
+	Q_OBJECT
+
 public:
+	Q_INVOKABLE bool OpenRecording( const QString &fileName )
+	{
+		Record( "OpenRecording " + fileName.toStdString() );
+		return g_Record.m_bTakesRecordings;
+	}
+	Q_INVOKABLE void ShowRecordedFrame( int nFrame ) { Record( "ShowRecordedFrame " + std::to_string( nFrame ) ); }
+	Q_INVOKABLE void ShowSlowestRecordedFrame() { Record( "ShowSlowestRecordedFrame" ); }
+
 	explicit CWindow( ITesselConnection *pConnection )
 		: QLabel( "window of the test module" )
 	{
@@ -218,3 +228,5 @@ TEST_PLUGIN_EXPORT bool InstallSchemaBindings( const char *pName, ISchemaSystem 
 	pSchemaSystem->BindingsInstalled( "test" );
 	return true;
 }
+
+#include "testplugin.moc"

@@ -1,6 +1,8 @@
 // Rules without a screen and without a socket: addresses, texts, delays, rates, history, command line.
 #include <gmock/gmock.h>
 
+#include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include "commandhistory.h"
@@ -241,6 +243,40 @@ TEST( CommandLine, TakesEveryOption )
 	EXPECT_EQ( options.m_Style, StyleChoice::Light );
 }
 
+TEST( CommandLine, TakesRecordingsWithAndWithoutTheirOption )
+{
+	QTemporaryDir folder;
+	QStringList paths;
+	for ( const char *pName : { "a.kesto", "b.kesto" } )
+	{
+		QFile file( folder.filePath( pName ) );
+		ASSERT_TRUE( file.open( QIODevice::WriteOnly ) );
+		paths += file.fileName();
+	}
+	const CommandLineResult plain = Parse( { paths[1], paths[0] } );
+	ASSERT_EQ( plain.m_Kind, CommandLineResult::Kind::Run ) << plain.m_Text.toStdString();
+	EXPECT_EQ( plain.m_Options.m_Recordings, QStringList( { paths[1], paths[0] } ) );
+	EXPECT_FALSE( plain.m_Options.m_Frame.has_value() );
+	EXPECT_TRUE( plain.m_Options.SubToolsToOpen().isEmpty() ) << "no window for an engine that nobody asked for";
+
+	const QStringList named = { "--open-recording", QDir::current().relativeFilePath( paths[0] ), "--frame" };
+	EXPECT_EQ( Parse( named + QStringList( "12" ) ).m_Options.m_Recordings, QStringList( paths[0] ) );
+	EXPECT_EQ( Parse( named + QStringList( "12" ) ).m_Options.m_Frame, 12 );
+	EXPECT_EQ( Parse( named + QStringList( "slowest" ) ).m_Options.m_Frame, CommandLineOptions::SLOWEST_FRAME );
+	for ( const char *pFrame : { "-1", "1.5", "last", "-0" } )
+	{
+		const CommandLineResult wrong = Parse( named + QStringList( pFrame ) );
+		EXPECT_EQ( wrong.m_Kind, CommandLineResult::Kind::Wrong ) << pFrame;
+		EXPECT_THAT( wrong.m_Text.toStdString(), HasSubstr( "--frame: \"" + std::string( pFrame ) ) );
+	}
+
+	const QString picture = folder.filePath( "a.png" );
+	const CommandLineResult player = Parse( { paths[0], "--screenshot", picture, "--what", "player" } );
+	ASSERT_EQ( player.m_Kind, CommandLineResult::Kind::Run ) << player.m_Text.toStdString();
+	EXPECT_EQ( player.m_Options.m_ScreenshotSubject, ScreenshotSubject::Player );
+	EXPECT_TRUE( player.m_Options.SubToolsToOpen().isEmpty() );
+}
+
 TEST( CommandLine, OpensShowBudgetForTheDemoAndForAPictureOfIt )
 {
 	QTemporaryDir folder;
@@ -262,7 +298,7 @@ TEST( CommandLine, PrintsHelpThatNamesEveryOptionAndTheVersion )
 		const CommandLineResult help = Parse( { pOption } );
 		ASSERT_EQ( help.m_Kind, CommandLineResult::Kind::Print );
 		for ( const char *pName : { "--connect", "--open", "--demo", "--screenshot", "--after", "--what", "--size",
-				  "--settings", "--plugin", "--style", "--help", "--version" } )
+				  "--open-recording", "--frame", "--settings", "--plugin", "--style", "--help", "--version" } )
 			EXPECT_THAT( help.m_Text.toStdString(), HasSubstr( pName ) );
 	}
 	const CommandLineResult version = Parse( { "--version" } );
@@ -291,6 +327,12 @@ TEST_P( WrongLines, AreToldInOneClearLine )
 
 INSTANTIATE_TEST_SUITE_P(, WrongLines,
 	testing::Values( WrongLine{ { "--nonsense" }, "nonsense" }, WrongLine{ { "word" }, "unexpected argument \"word\"" },
+		WrongLine{ { "word" }, "there is no file word" },
+		WrongLine{ { "--open-recording", "/no/file" }, "--open-recording: there is no file /no/file" },
+		WrongLine{ { "--open-recording", "/tmp" }, "--open-recording: there is no file /tmp" },
+		WrongLine{ { "--open-recording", "" }, "--open-recording is given an empty value" },
+		WrongLine{ { "--frame", "3" }, "--frame needs a recording" },
+		WrongLine{ { "--screenshot", "/tmp/a.png", "--what", "player" }, "of the player needs a recording" },
 		WrongLine{ { "--connect" }, "connect" }, WrongLine{ { "--connect", "a:b" }, "--connect: bad address \"a:b\"" },
 		WrongLine{ { "--connect", "" }, "--connect is given an empty value" },
 		WrongLine{ { "--open", "" }, "--open is given an empty value" },

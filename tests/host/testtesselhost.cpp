@@ -25,9 +25,12 @@
 #include "connectionspanel.h"
 #include "consolepanel.h"
 #include "demoprocess.h"
+#include "keel0/memalloc.h"
 #include "keel0/platform.h"
 #include "miniprofilerpicture.h"
+#include "recordingconnection.h"
 #include "signalwatcher.h"
+#include "support/countingallocator.h"
 #include "targetconnection.h"
 #include "tesselhost.h"
 #include "testpeer.h"
@@ -398,6 +401,76 @@ TEST_F( TesselHost, WritesAPictureOfTheConsoleWithoutAnyConnection )
 	EXPECT_EQ( finished[0][0].toInt(), 0 );
 	EXPECT_EQ(
 		QImage( m_Options.m_ScreenshotFile ).size(), m_pHost->Window().size() * m_pHost->Window().devicePixelRatioF() );
+}
+
+TEST_F( TesselHost, OpensEachRecordingInAWindowOfItsOwnWithoutAnEngine )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/first.kesto", "/elsewhere/first.kesto" } );
+	m_Options.m_Frame = 7;
+	Start();
+	m_pRecord->m_Calls.clear();
+	QCoreApplication::processEvents();
+	EXPECT_THAT( m_pRecord->m_Calls, ElementsAre( "Open", "OpenRecording /somewhere/first.kesto", "ShowRecordedFrame 7",
+										 "Open", "OpenRecording /elsewhere/first.kesto", "ShowRecordedFrame 7" ) );
+	EXPECT_NE( FindWindow( "Show Budget - first.kesto" ), nullptr );
+	EXPECT_EQ( m_pHost->GetCurrentConnection(), nullptr ) << "a recording is no engine to send commands to";
+	EXPECT_EQ( m_pHost->Connections().Count(), 0 );
+	m_pRecord->m_Calls.clear();
+	m_pHost->ShutDown();
+	EXPECT_THAT( m_pRecord->m_Calls, ElementsAre( "SaveSettings", "ConnectionEnded first.kesto",
+										 "ConnectionEnded first.kesto", "ShutDown", "Disconnect" ) );
+}
+
+TEST_F( TesselHost, ARecordingsConnectionIsNeverUpAndTakesNoChunk )
+{
+	const CRecordingConnection connection( "/somewhere/gr\u00fcn.kesto" );
+	EXPECT_STREQ( connection.GetName(), "gr\xc3\xbcn.kesto" );
+	EXPECT_EQ( connection.GetState(), 0 );
+	CCountingAllocator allocator;
+	auto *pBuffer = static_cast<uint8_t *>( g_pMemAlloc->Alloc( 3 ) );
+	EXPECT_FALSE( const_cast<CRecordingConnection &>( connection ).SendChunk( 1, 2, 3, pBuffer ) );
+	EXPECT_EQ( allocator.Live(), 0u ) << "the buffer was taken over all the same";
+}
+
+TEST_F( TesselHost, WritesAPictureOfTheRecordingThatIsOpen )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/demo.kesto" } );
+	m_Options.m_Frame = CommandLineOptions::SLOWEST_FRAME;
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "player.png" );
+	m_Options.m_ScreenshotSubject = ScreenshotSubject::Player;
+	m_Options.m_flScreenshotAfter = 0.0;
+	m_Options.m_ScreenshotSize = QSize( 640, 480 );
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	ASSERT_TRUE( WaitFor( [&]() { return finished.count() > 0; } ) );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
+	EXPECT_EQ( m_pRecord->m_Calls.back(), "ShowSlowestRecordedFrame" );
+	const QWidget *pWindow = FindWindow( "Show Budget - demo.kesto" );
+	ASSERT_NE( pWindow, nullptr );
+	EXPECT_EQ( QImage( m_Options.m_ScreenshotFile ).size(), pWindow->size() * pWindow->devicePixelRatioF() );
+}
+
+TEST_F( TesselHost, EndsWithoutAPictureWhenTheRecordingIsNotTaken )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/damaged.kesto" } );
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "player.png" );
+	m_Options.m_ScreenshotSubject = ScreenshotSubject::Player;
+	m_pRecord->m_bTakesRecordings = false;
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	ASSERT_TRUE( WaitFor( [&]() { return finished.count() > 0; } ) );
+	EXPECT_EQ( finished[0][0].toInt(), 1 );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "/somewhere/damaged.kesto is not opened" ) );
+}
+
+TEST_F( TesselHost, RefusesARecordingWithoutTheSubToolThatShowsIt )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/demo.kesto" } );
+	m_Options.m_Plugins.clear();
+	CTesselHost host( m_Options );
+	QString error;
+	EXPECT_FALSE( host.Start( error ) );
+	EXPECT_EQ( error, "there is no sub-tool \"Show Budget\" (loaded: none)" );
 }
 
 TEST( Screenshot, FailsWithALineWhenNothingConnectsInTime )
