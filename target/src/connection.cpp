@@ -3,7 +3,6 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
-#include <chrono>
 #include <cstdio>
 #include <utility>
 
@@ -20,7 +19,6 @@ namespace
 // A console sends small chunks only; what announces more is none.
 constexpr uint32_t MAX_GREETING_LENGTH = 4096;
 constexpr uint32_t MAX_INCOMING_LENGTH = 1u << 20;
-constexpr auto GREETING_TIME = std::chrono::seconds( 5 );
 constexpr auto ENDING_TIME = std::chrono::seconds( 1 );
 
 constexpr size_t MAX_QUEUED_BYTES = 1u << 20;
@@ -52,7 +50,7 @@ CConnection::CConnection( asio::ip::tcp::socket socket, IConnectionOwner &owner 
 void CConnection::Start()
 {
 	SetSocketOptions();
-	m_Deadline.expires_after( GREETING_TIME );
+	m_Deadline.expires_after( g_GreetingTime );
 	StartDeadline( "it did not introduce itself in time" );
 	ReadHeader();
 }

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <bitset>
+#include <chrono>
 #include <memory>
 #include <span>
 #include <string>
@@ -17,6 +18,9 @@
 namespace showbudget
 {
 class CConnection;
+
+// How long a console may take to introduce itself. Changed by tests only, before they connect.
+inline std::chrono::milliseconds g_GreetingTime{ 5000 };
 
 // What a connection asks of the server. Everything happens on the server's thread.
 class IConnectionOwner

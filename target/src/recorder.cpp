@@ -38,10 +38,12 @@ std::string Counted( uint64_t nCount, const char *pNoun )
 	return std::to_string( nCount ) + ' ' + pNoun + ( nCount == 1 ? "" : "s" );
 }
 
-std::string Megabytes( uint64_t nBytes )
+std::string SizeText( uint64_t nBytes )
 {
+	constexpr uint64_t MEGABYTE = 1000000;
 	char text[32];
-	std::snprintf( text, sizeof( text ), "%.1f MB", static_cast<double>( nBytes ) * 1.0e-6 );
+	std::snprintf( text, sizeof( text ), nBytes < MEGABYTE ? "%.1f KB" : "%.1f MB",
+		static_cast<double>( nBytes ) * ( nBytes < MEGABYTE ? 1.0e-3 : 1.0e-6 ) );
 	return text;
 }
 
@@ -164,7 +166,7 @@ void CRecording::Run()
 	const RecordingState state = State();
 	m_File.Close();
 	std::string line = "the recording " + Quoted( m_Options.m_Path ) + " ended" + m_EndReason + ": " +
-					   Counted( nFrames, "frame" ) + ", " + Megabytes( state.m_nBytes );
+					   Counted( nFrames, "frame" ) + ", " + SizeText( state.m_nBytes );
 	if ( state.m_nDropped > 0 )
 		line +=
 			"; " + Counted( state.m_nDropped, "frame" ) + ( state.m_nDropped == 1 ? " was" : " were" ) + " not written";
@@ -230,7 +232,7 @@ bool CRecording::WriteFrame( const RecordedFrame &frame )
 	m_pEncoder->AppendFrame( m_Bytes, frame );
 	if ( m_Options.m_nMaxBytes != 0 && m_File.Size() + m_Bytes.size() > m_Options.m_nMaxBytes )
 	{
-		m_EndReason = " at its limit of " + Megabytes( m_Options.m_nMaxBytes );
+		m_EndReason = " at its limit of " + SizeText( m_Options.m_nMaxBytes );
 		return false;
 	}
 	if ( !Append( m_Bytes ) )

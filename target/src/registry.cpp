@@ -17,6 +17,7 @@ struct BudgetTable
 {
 	std::mutex m_Mutex; // budgets are made by constructors, never inside a scope
 	std::atomic<uint32_t> m_nCount{ 1 };
+	std::atomic<bool> m_bOverflow{ false };
 	Budget m_Budgets[MAX_BUDGETS]{ { "Other", 110, 110, 110 } };
 };
 
@@ -84,7 +85,10 @@ CBudget::CBudget( const char *pName, uint8_t nRed, uint8_t nGreen, uint8_t nBlue
 		}
 	}
 	if ( nCount == MAX_BUDGETS )
+	{
+		table.m_bOverflow.store( true, std::memory_order_relaxed );
 		return;
+	}
 	table.m_Budgets[nCount] = budget;
 	m_nIndex = nCount;
 	table.m_nCount.store( nCount + 1, std::memory_order_release );
@@ -93,6 +97,11 @@ CBudget::CBudget( const char *pName, uint8_t nRed, uint8_t nGreen, uint8_t nBlue
 uint32_t BudgetCount()
 {
 	return Budgets().m_nCount.load( std::memory_order_acquire );
+}
+
+bool AnyBudgetOverflowed()
+{
+	return Budgets().m_bOverflow.load( std::memory_order_relaxed );
 }
 
 const Budget &GetBudget( uint32_t nIndex )

@@ -21,6 +21,7 @@ struct Budget
 
 // Indices below the count are whole and never change again. At least 1: "Other".
 uint32_t BudgetCount();
+bool AnyBudgetOverflowed(); // some found no room and became "Other"
 const Budget &GetBudget( uint32_t nIndex );
 
 // A call site's texts, copied when it ran first: single lines, cut to their room at a UTF-8 boundary.

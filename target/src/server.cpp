@@ -254,6 +254,9 @@ void CServer::SendToAll( Severity severity, std::string_view text )
 
 void CServer::WarnOnce()
 {
+	if ( AnyBudgetOverflowed() && !std::exchange( m_bWarnedOfBudgets, true ) )
+		LogLine( Severity::Warning,
+			"more than " + std::to_string( MAX_BUDGETS - 1 ) + " budgets: the rest counts as \"Other\"" );
 	if ( AnySiteOverflowed() && !std::exchange( m_bWarnedOfSites, true ) )
 		LogLine( Severity::Warning,
 			"more than " + std::to_string( MAX_SITES - 2 ) + " scopes: the rest counts as \"(more scopes)\"" );

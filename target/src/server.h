@@ -67,6 +67,7 @@ private:
 	uint64_t m_nTickFrequency = 0;
 	std::unique_ptr<CMicroseconds> m_pMicroseconds;
 	uint64_t m_nFramesLostSeen = 0;
+	bool m_bWarnedOfBudgets = false;
 	bool m_bWarnedOfSites = false;
 	bool m_bWarnedOfThreads = false;
 };

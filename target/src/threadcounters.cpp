@@ -176,8 +176,10 @@ OpenScope EnterSlowly( CSite &site ) noexcept
 	if ( !pThread )
 		return 0;
 	const uintptr_t nOffset = RegisterSite( site );
+	// Another thread is registering the site at this moment. To wait for it would be to block, so this one call, which
+	// can only be one of the site's very first, is not counted.
 	if ( nOffset == NOT_YET )
-		return 0; // another thread is registering the site: this one call is not counted
+		return 0;
 	CSiteCounters *pCounters = pThread + nOffset / sizeof( CSiteCounters );
 	if ( IsOpen( pThread, pCounters ) )
 	{

@@ -57,14 +57,6 @@ protected:
 	std::unique_ptr<CTestConsole> m_pConsole;
 };
 
-TEST_F( Commands, AreOffUntilTheEngineOffersOne )
-{
-	if ( s_bRegistered )
-		GTEST_SKIP() << "another test of this process has offered one";
-	m_pConsole->Command( "help" );
-	EXPECT_EQ( m_pConsole->ReceiveLine(), "This engine takes no commands.\n" );
-}
-
 TEST_F( Commands, RunInsideEndFrameOnItsThread )
 {
 	Register();

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "session.h"
+#include "target/src/connection.h"
 #include "wire/sessionchunks.h"
 
 namespace
@@ -148,6 +149,40 @@ TEST_F( Greeting, ManySilentConnectionsDoNotKeepAConsoleOut )
 	CTestConsole console( showbudget::Port() );
 	console.Greet();
 	EXPECT_TRUE( WaitForLog( "too many others wait" ) );
+}
+
+TEST_F( Greeting, AConsoleThatStaysSilentIsHungUpOn )
+{
+	const auto before = showbudget::g_GreetingTime;
+	EXPECT_EQ( before, std::chrono::seconds( 5 ) );
+	showbudget::Stop();
+	showbudget::g_GreetingTime = std::chrono::milliseconds( 1 );
+	Start();
+	CTestConsole silent( showbudget::Port() );
+	EXPECT_FALSE( silent.Receive().has_value() );
+	EXPECT_TRUE( WaitForLog( "left: it did not introduce itself in time" ) );
+	showbudget::Stop();
+	showbudget::g_GreetingTime = before;
+	Start();
+	CTestConsole next( showbudget::Port() );
+	next.Greet();
+	EXPECT_TRUE( WaitForLog( "(test console) connected" ) );
+}
+
+TEST_F( Greeting, AGreetedConsoleMayBeSilentForEver )
+{
+	showbudget::Stop();
+	showbudget::g_GreetingTime = std::chrono::milliseconds( 200 );
+	Start();
+	CTestConsole greeted( showbudget::Port() );
+	greeted.Greet();
+	CTestConsole silent( showbudget::Port() );
+	EXPECT_TRUE( WaitForLog( "it did not introduce itself in time" ) );
+	showbudget::Print( showbudget::Severity::Message, "still here" );
+	EXPECT_EQ( greeted.ReceiveLine(), "still here\n" );
+	showbudget::Stop();
+	showbudget::g_GreetingTime = std::chrono::seconds( 5 );
+	Start();
 }
 
 TEST_F( Greeting, ASecondStartIsRefused )
