@@ -103,6 +103,8 @@ void CRecordingFile::Close()
 {
 	if ( m_nFile < 0 )
 		return;
+	// A child that was forked just now may hold the file a moment longer, and the lock with it.
+	flock( m_nFile, LOCK_UN );
 	ForgetDescriptor( m_nFile );
 	close( m_nFile );
 	m_nFile = -1;
