@@ -1,17 +1,10 @@
 #include "plugin.h"
 
-#include <QCoreApplication>
-
 #include <array>
 
 namespace
 {
 using InstallSchemaBindingsFn = bool ( * )( const char *pName, ISchemaSystem *pSchemaSystem );
-
-QString Tr( const char *pText )
-{
-	return QCoreApplication::translate( "CPlugin", pText );
-}
 } // namespace
 
 std::span<const KnownSubTool> KnownSubTools()
@@ -42,13 +35,13 @@ std::unique_ptr<CPlugin> CPlugin::Load(
 	std::unique_ptr<CPlugin> pPlugin( new CPlugin( path ) );
 	if ( !pPlugin->m_Library.load() )
 	{
-		error = Tr( "cannot load %1: %2" ).arg( path, pPlugin->m_Library.errorString() );
+		error = tr( "cannot load %1: %2" ).arg( path, pPlugin->m_Library.errorString() );
 		return nullptr;
 	}
 	const auto pFactory = reinterpret_cast<CreateInterfaceFn>( pPlugin->m_Library.resolve( "CreateInterface" ) );
 	if ( !pFactory )
 	{
-		error = Tr( "cannot use %1: it does not export CreateInterface" ).arg( path );
+		error = tr( "cannot use %1: it does not export CreateInterface" ).arg( path );
 		return nullptr;
 	}
 	if ( !pPlugin->FindSubTools( pFactory, knownSubTools, error ) )
@@ -66,13 +59,13 @@ bool CPlugin::FindSubTools( CreateInterfaceFn pFactory, std::span<const KnownSub
 		auto *pTool = dynamic_cast<ITesselSubTool *>( pModule );
 		if ( !pTool )
 		{
-			error = Tr( "cannot use %1: its %2 is no sub-tool" ).arg( Path(), known.m_pInterface );
+			error = tr( "cannot use %1: its %2 is no sub-tool" ).arg( Path(), known.m_pInterface );
 			return false;
 		}
 		m_SubTools.push_back( { known, pModule, pTool } );
 	}
 	if ( m_SubTools.empty() )
-		error = Tr( "cannot use %1: it offers no sub-tool that this console knows" ).arg( Path() );
+		error = tr( "cannot use %1: it offers no sub-tool that this console knows" ).arg( Path() );
 	return !m_SubTools.empty();
 }
 

@@ -1,6 +1,7 @@
 // One module with sub-tools, loaded from a file.
 #pragma once
 
+#include <QCoreApplication>
 #include <QLibrary>
 #include <QString>
 
@@ -38,6 +39,8 @@ struct SubTool
 // hold texts and functions of it, and would be left with nothing.
 class CPlugin
 {
+	Q_DECLARE_TR_FUNCTIONS( CPlugin )
+
 public:
 	// Loads the file and finds its sub-tools. On failure the result is null and error is one line that names the file
 	// and what is wrong with it.

@@ -1,6 +1,5 @@
 #include "subtools.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -8,11 +7,6 @@
 
 namespace
 {
-QString Tr( const char *pText )
-{
-	return QCoreApplication::translate( "CSubTools", pText );
-}
-
 // A copy of `tree` under another name.
 KeyValues *CopyAs( const char *pName, const KeyValues &tree )
 {
@@ -103,7 +97,7 @@ void CSubTools::DropDuplicates( CPlugin &plugin )
 			const auto isSame = [&tool]( const SubTool &candidate )
 			{ return candidate.m_Known.m_pInterface == tool.m_Known.m_pInterface; };
 			if ( std::erase_if( plugin.SubTools(), isSame ) > 0 )
-				m_Report( Tr( "%1 is not used for \"%2\": %3 gives it already" )
+				m_Report( tr( "%1 is not used for \"%2\": %3 gives it already" )
 							  .arg( plugin.Path(), tool.m_Known.m_pTitle, pOther->Path() ) );
 		}
 	}
@@ -119,14 +113,14 @@ bool CSubTools::Connect( CPlugin &plugin )
 			++tool;
 			continue;
 		}
-		m_Report( Tr( "\"%1\" of %2 could not connect to the console" ).arg( tool->m_Known.m_pTitle, plugin.Path() ) );
+		m_Report( tr( "\"%1\" of %2 could not connect to the console" ).arg( tool->m_Known.m_pTitle, plugin.Path() ) );
 		tool->m_pModule->Disconnect();
 		tool = tools.erase( tool );
 	}
 	if ( tools.empty() )
 		return false;
 	if ( !plugin.InstallSchemaBindings( CHostServices::SCHEMA_SYSTEM_NAME, m_Services.SchemaSystem() ) )
-		m_Report( Tr( "%1 did not take the schema system" ).arg( plugin.Path() ) );
+		m_Report( tr( "%1 did not take the schema system" ).arg( plugin.Path() ) );
 	return true;
 }
 
@@ -134,7 +128,7 @@ void CSubTools::Initialise( const CPlugin &plugin, SubTool &tool, const KeyValue
 {
 	if ( const int nResult = tool.m_pModule->Initialise(); nResult != 1 )
 	{
-		m_Report( Tr( "\"%1\" of %2 failed to initialise (result %3)" )
+		m_Report( tr( "\"%1\" of %2 failed to initialise (result %3)" )
 					  .arg( tool.m_Known.m_pTitle, plugin.Path() )
 					  .arg( nResult ) );
 		return;

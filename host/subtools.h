@@ -1,6 +1,7 @@
 // All sub-tools of the console: from loading their modules to shutting them down.
 #pragma once
 
+#include <QCoreApplication>
 #include <QStringList>
 
 #include <functional>
@@ -16,6 +17,8 @@ class KeyValues;
 
 class CSubTools
 {
+	Q_DECLARE_TR_FUNCTIONS( CSubTools )
+
 public:
 	// A line for the user about a module that could not be loaded or started.
 	using ReportFn = std::function<void( const QString &line )>;

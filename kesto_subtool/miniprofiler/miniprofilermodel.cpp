@@ -6,14 +6,6 @@
 #include "keel0/logging.h"
 #include "miniprofiler/miniprofilerstatistics.h"
 
-namespace
-{
-QString ToText( std::string_view text )
-{
-	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
-}
-} // namespace
-
 CMiniProfilerModel::CMiniProfilerModel( uint64_t nTicksPerSecond )
 	: m_nTicksPerSecond( nTicksPerSecond )
 {
@@ -52,11 +44,13 @@ CQMiniProfilerRecord *CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdva
 void CMiniProfilerModel::SetRecordName(
 	CQMiniProfilerRecord &record, std::string_view name, std::string_view description )
 {
-	record.SetName( ToText( name ) );
+	record.SetName( QString::fromUtf8( name.data(), static_cast<int>( name.size() ) ) );
 	NoteChange( record );
 	record.SetDescription( description );
 
-	const auto colour = m_BudgetColours.constFind( ToText( record.Line( CQMiniProfilerRecord::LINE_BUDGET ) ) );
+	const std::string_view budget = record.Line( CQMiniProfilerRecord::LINE_BUDGET );
+	const auto colour =
+		m_BudgetColours.constFind( QString::fromUtf8( budget.data(), static_cast<int>( budget.size() ) ) );
 	if ( record.LineCount() > CQMiniProfilerRecord::LINE_BUDGET && colour != m_BudgetColours.constEnd() )
 		record.SetBudgetColour( *colour );
 	NoteDuplicateName( record );

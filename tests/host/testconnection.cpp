@@ -15,7 +15,6 @@ using testing::ElementsAre;
 
 namespace
 {
-constexpr uint32_t SAMPLE = wire::FourCC( "PCPU" );
 constexpr uint32_t CATEGORIES = wire::FourCC( "PCAT" );
 
 class Connection : public testing::Test

@@ -13,7 +13,6 @@ using testing::ElementsAre;
 
 namespace
 {
-constexpr uint32_t SAMPLE = wire::FourCC( "PCPU" );
 
 class ConnectionList : public testing::Test
 {

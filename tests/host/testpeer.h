@@ -13,6 +13,8 @@
 #include "wire/chunkheader.h"
 #include "wire/sessionchunks.h"
 
+constexpr uint32_t SAMPLE = wire::FourCC( "PCPU" ); // a chunk that is none of the host's own
+
 inline QByteArray ChunkBytes( uint32_t nType, const QByteArray &payload, uint16_t nVersion = wire::CHUNK_VERSION )
 {
 	// Written by hand and not with the product's writer.

@@ -7,7 +7,7 @@
 
 namespace
 {
-constexpr uint32_t LAST_COUNT = std::numeric_limits<uint32_t>::max(); // one more sample wraps the counter
+constexpr uint32_t LARGEST_COUNT = std::numeric_limits<uint32_t>::max(); // one more sample wraps the counter
 
 HistoryColumns Columns( int nVisible, uint32_t nSampleCount )
 {
@@ -196,21 +196,21 @@ TEST( HistoryScrollRange, OffersTheNewestEndWhenAnIntIsTooSmall )
 	EXPECT_EQ( HistoryScrollRange::Make( nJustFits, 10, true ).m_nMaximum, INT_END );
 	EXPECT_EQ( HistoryScrollRange::Make( nJustFits, 10, true ).m_nBase, 0u );
 
-	const HistoryScrollRange range = HistoryScrollRange::Make( LAST_COUNT, 10, true );
+	const HistoryScrollRange range = HistoryScrollRange::Make( LARGEST_COUNT, 10, true );
 	EXPECT_EQ( range.m_nMaximum, INT_END );
-	EXPECT_EQ( uint64_t{ range.m_nBase } + static_cast<uint64_t>( range.m_nMaximum ) + 10, LAST_COUNT );
+	EXPECT_EQ( uint64_t{ range.m_nBase } + static_cast<uint64_t>( range.m_nMaximum ) + 10, LARGEST_COUNT );
 }
 
 TEST( HistoryColumns, StayValidAtTheCountersLastStepAndAtItsWrap )
 {
-	const HistoryScrollRange range = HistoryScrollRange::Make( LAST_COUNT, 10, true );
+	const HistoryScrollRange range = HistoryScrollRange::Make( LARGEST_COUNT, 10, true );
 	const uint32_t nNewestFirst = range.m_nBase + static_cast<uint32_t>( range.m_nMaximum );
-	const HistoryColumns last = ScrolledColumns( 10, LAST_COUNT, nNewestFirst );
-	EXPECT_EQ( last.NewestShown(), int64_t{ LAST_COUNT } - 1 );
-	EXPECT_EQ( last.Pick( 9 * 6 ), LAST_COUNT - 1 );
-	EXPECT_EQ( last.Pick( 0 ), LAST_COUNT - 10 );
+	const HistoryColumns last = ScrolledColumns( 10, LARGEST_COUNT, nNewestFirst );
+	EXPECT_EQ( last.NewestShown(), int64_t{ LARGEST_COUNT } - 1 );
+	EXPECT_EQ( last.Pick( 9 * 6 ), LARGEST_COUNT - 1 );
+	EXPECT_EQ( last.Pick( 0 ), LARGEST_COUNT - 10 );
 
-	const uint32_t nWrapped = LAST_COUNT + 1; // 0: no samples again
+	const uint32_t nWrapped = LARGEST_COUNT + 1; // 0: no samples again
 	EXPECT_FALSE( HistoryScrollRange::Make( nWrapped, 10, true ).m_bShown );
 	EXPECT_EQ( Columns( 10, nWrapped ).Filled(), 0 );
 	EXPECT_EQ( Columns( 10, nWrapped ).Pick( 30 ), 0u );
