@@ -47,13 +47,14 @@ install_packages()
 # Presets that compile a file alike share the result, although each builds in a folder of its own.
 export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
 
-# configure_and_build PRESET [TARGET...]
+# configure_and_build PRESET [TARGET...], configured with what configure_options says besides.
+configure_options=()
 configure_and_build()
 {
 	local preset=$1
 	shift
 	say "Build: preset $preset"
-	if ! cmake --preset "$preset" >"$root/build/$preset.configure.log" 2>&1; then
+	if ! cmake --preset "$preset" ${configure_options[@]+"${configure_options[@]}"} >"$root/build/$preset.configure.log" 2>&1; then
 		cat "$root/build/$preset.configure.log"
 		return 1
 	fi
