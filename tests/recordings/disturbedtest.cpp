@@ -109,12 +109,6 @@ protected:
 		m_Damaged = WriteRecording( m_Folder, "damaged.kesto", RecordingOf( 250, 1000 ).U8( 9 ) );
 	}
 
-	static CRefPtr<CKestoFile> Parse( const CRecordingWriter &writer )
-	{
-		CKestoMemoryReader reader( writer.m_Bytes );
-		return ParseRecording( reader );
-	}
-
 	// Runs the operation on a new player that shows a recording. False when it ended before the turn.
 	bool Run( int nDisturbedTurn )
 	{

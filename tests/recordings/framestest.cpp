@@ -12,12 +12,6 @@ using testing::ElementsAre;
 
 namespace
 {
-CRefPtr<CKestoFile> Parse( const CRecordingWriter &writer )
-{
-	CKestoMemoryReader reader( writer.m_Bytes );
-	return ParseRecording( reader );
-}
-
 struct PlainRow
 {
 	int m_nNode, m_nParentRow, m_nDepth, m_nFirstLeaf;

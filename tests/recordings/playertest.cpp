@@ -29,12 +29,6 @@
 
 namespace
 {
-CRefPtr<CKestoFile> Parse( const CRecordingWriter &writer )
-{
-	CKestoMemoryReader reader( writer.m_Bytes );
-	return ParseRecording( reader );
-}
-
 // Root 0 with "Physics" (1) and "Render" (2), "Shadows" (3) below 2: rows 0, 2, 3, 1. Times in units of 4 microseconds;
 // the time of "Render" is nRender.
 CRecordingWriter &Frame( CRecordingWriter &writer, uint32_t nRoot, uint32_t nRender )

@@ -8,6 +8,7 @@
 
 #include "recordings/kestofile.h"
 #include "recordings/kestomemoryreader.h"
+#include "tests/recordings/recordingwriter.h"
 
 // Offers no spans, as a reader may that knows only the three first operations.
 class CFieldwiseReader : public CKestoMemoryReader
@@ -36,4 +37,10 @@ private:
 inline CRefPtr<CKestoFile> ParseRecording( CKestoFile::CReader &reader )
 {
 	return CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
+}
+
+inline CRefPtr<CKestoFile> Parse( const CRecordingWriter &writer )
+{
+	CKestoMemoryReader reader( writer.m_Bytes );
+	return ParseRecording( reader );
 }
