@@ -112,7 +112,8 @@ protected:
 	// Runs the operation on a new player that shows a recording. False when it ended before the turn.
 	bool Run( int nDisturbedTurn )
 	{
-		const auto &[operation, disturbance] = GetParam();
+		const auto &operation = std::get<0>( GetParam() );
+		const auto &disturbance = std::get<1>( GetParam() );
 		Scene scene{ new QWidget, nullptr, m_Whole, m_Damaged, Parse( RecordingOf( 2, 2 ) ) };
 		scene.m_pPlayer = new CQKestoPlayerWidget( scene.m_pWindow );
 		scene.m_pPlayer->resize( 900, 500 );
