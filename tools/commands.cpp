@@ -6,6 +6,7 @@ void AddCommands( CLI::App &app, CommandContext &context )
 	AddDumpCommand( app, context );
 	AddFramesCommand( app, context );
 	AddNodesCommand( app, context );
+	AddConvertCommand( app, context );
 	AddCompareCommand( app, context );
 	AddCheckCommand( app, context );
 	AddRepairCommand( app, context );

@@ -7,6 +7,7 @@ void AddInfoCommand( CLI::App &app, CommandContext &context );
 void AddDumpCommand( CLI::App &app, CommandContext &context );
 void AddFramesCommand( CLI::App &app, CommandContext &context );
 void AddNodesCommand( CLI::App &app, CommandContext &context );
+void AddConvertCommand( CLI::App &app, CommandContext &context );
 void AddCompareCommand( CLI::App &app, CommandContext &context );
 void AddCheckCommand( CLI::App &app, CommandContext &context );
 void AddRepairCommand( CLI::App &app, CommandContext &context );

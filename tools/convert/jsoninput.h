@@ -1,0 +1,95 @@
+// RapidJSON's reader on an input stream.
+#pragma once
+
+#include <rapidjson/error/en.h>
+#include <rapidjson/reader.h>
+
+#include "tools/convert/inputstream.h"
+
+namespace convert
+{
+// The stream that the reader reads. The reader works on copies of it, which it takes back: what there is to know of a
+// position is the input's business, and only where the window ends does a copy talk to the input.
+class CJsonInput
+{
+public:
+	using Ch = char;
+
+	explicit CJsonInput( CInputStream &input )
+		: m_pInput( &input )
+	{
+		Follow();
+	}
+
+	Ch Peek() const { return *m_pNext; } // 0 at the end
+	Ch Take()
+	{
+		const char c = *m_pNext;
+		if ( ++m_pNext >= m_pEnd ) [[unlikely]]
+			Refill();
+		return c;
+	}
+	size_t Tell() const { return static_cast<size_t>( Position() ); }
+	Ch *PutBegin() { return nullptr; } // nothing is written back
+	void Put( Ch ) {}
+	void Flush() {}
+	size_t PutEnd( Ch * ) { return 0; }
+
+	int64_t Position() const { return m_pInput->Position() + ( m_pNext - m_pInput->Window().data() ); }
+	bool AtEnd() const { return m_pNext == m_pEnd; } // of the input, or of what its limit lets be read
+	bool IsCut() const { return AtEnd() && !m_pInput->IsAtLimit(); }
+
+	// The reader keeps a value whole, so that a value that goes on for longer than this ends the input.
+	static constexpr int64_t MAX_VALUE = 32 << 20; // bytes
+	void LimitValue() { m_pInput->SetLimit( Position() + MAX_VALUE ); }
+	void LiftLimit()
+	{
+		m_pInput->SetLimit( INT64_MAX );
+		if ( AtEnd() )
+			Refill();
+	}
+
+	bool Rewind()
+	{
+		const bool bDone = m_pInput->Rewind();
+		Follow();
+		return bDone;
+	}
+
+private:
+	void Follow()
+	{
+		if ( m_pInput->Window().empty() )
+			m_pInput->More();
+		constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+		if ( m_pInput->Position() == 0 && m_pInput->Window().starts_with( BYTE_ORDER_MARK ) )
+			m_pInput->Skip( BYTE_ORDER_MARK.size() );
+		m_pNext = m_pInput->Window().data();
+		m_pEnd = m_pNext + m_pInput->Window().size();
+	}
+	void Refill()
+	{
+		m_pInput->Skip( m_pInput->Window().size() );
+		Follow();
+	}
+
+	CInputStream *m_pInput;
+	const char *m_pNext = nullptr; // in the input's window, which has a 0 behind it
+	const char *m_pEnd = nullptr;
+};
+
+// Numbers come as they are written, so that none is rounded. The reader calls itself for nested values, so handlers
+// refuse what is nested deeper than MAX_JSON_DEPTH.
+constexpr unsigned JSON_FLAGS =
+	rapidjson::kParseNumbersAsStringsFlag | rapidjson::kParseTrailingCommasFlag | rapidjson::kParseStopWhenDoneFlag;
+constexpr int MAX_JSON_DEPTH = 256;
+} // namespace convert
+
+template <>
+struct rapidjson::StreamTraits<convert::CJsonInput>
+{
+	enum
+	{
+		copyOptimization = 1
+	};
+};
