@@ -9,8 +9,6 @@
 #include "tests/convert/conversions.h"
 #include "tools/command.h"
 
-namespace
-{
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -66,8 +64,7 @@ protected:
 	std::string m_Errors;
 };
 
-const std::string WHOLE = Trace( { CompleteEvent( "F", 0, 40 ), CompleteEvent( "F", 100, 40 ) } );
-} // namespace
+static const std::string WHOLE = Trace( { CompleteEvent( "F", 0, 40 ), CompleteEvent( "F", 100, 40 ) } );
 
 TEST_F( ConvertCommand, AWholeTraceIsConvertedWithoutAWord )
 {
