@@ -150,7 +150,7 @@ void CTesselHost::StartScreenshot()
 		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Console )
 			return m_pWindow.get();
 		if ( m_Options.m_ScreenshotSubject == ScreenshotSubject::Player )
-			return m_pRecordingWindow;
+			return m_RecordingWindows.empty() ? nullptr : m_RecordingWindows.back();
 		QWidget *pWindow = FindSubToolWindow( QLatin1String( "Show Budget" ) );
 		if ( pWindow && m_Options.m_ScreenshotSubject == ScreenshotSubject::MiniProfiler )
 			return ArrangeMiniProfiler( *pWindow );
@@ -180,12 +180,10 @@ void CTesselHost::OpenRecordings()
 	bool bAllTaken = true;
 	for ( const QString &fileName : std::as_const( m_Options.m_Recordings ) )
 		bAllTaken = OpenRecording( fileName ) && bAllTaken;
-	if ( !m_pScreenshot || m_Options.m_ScreenshotSubject != ScreenshotSubject::Player )
-		return;
-	if ( bAllTaken )
-		m_pScreenshot->Begin();
-	else
+	if ( !bAllTaken && m_Options.m_ScreenshotSubject == ScreenshotSubject::Player )
 		emit Finished( 1 );
+	else // later, when the windows are laid out
+		QMetaObject::invokeMethod( this, &CTesselHost::OnRecordingsOpen, Qt::QueuedConnection );
 }
 
 // A sub-tool says that it opens recordings by a window with these functions; the host knows nothing else of it.
@@ -195,20 +193,26 @@ bool CTesselHost::OpenRecording( const QString &fileName )
 	const QPointer<QWidget> pWindow = OpenRecordingWindow( fileName );
 	if ( !pWindow || !QMetaObject::invokeMethod(
 						 pWindow, "OpenRecording", Q_RETURN_ARG( bool, bTaken ), Q_ARG( QString, fileName ) ) )
-	{
 		Report( LoggingSeverity::Error, QString(),
 			tr( "%1 is not opened: %2 shows no recordings" ).arg( fileName, CommandLineOptions::RecordingSubTool() ) );
-		return false;
-	}
-	if ( !bTaken )
+	else if ( !bTaken )
 		Report( LoggingSeverity::Warning, QString(), tr( "%1 is not opened" ).arg( fileName ) );
-	if ( !bTaken || !pWindow || !m_Options.m_Frame )
-		return bTaken;
-	if ( *m_Options.m_Frame == CommandLineOptions::SLOWEST_FRAME )
-		QMetaObject::invokeMethod( pWindow, "ShowSlowestRecordedFrame" );
-	else
-		QMetaObject::invokeMethod( pWindow, "ShowRecordedFrame", Q_ARG( int, *m_Options.m_Frame ) );
-	return true;
+	return bTaken;
+}
+
+void CTesselHost::OnRecordingsOpen()
+{
+	if ( m_pScreenshot && m_Options.m_ScreenshotSubject == ScreenshotSubject::Player )
+		m_pScreenshot->Begin();
+	for ( const QPointer<QWidget> &pWindow : m_RecordingWindows )
+	{
+		if ( !pWindow || !m_Options.m_Frame )
+			continue;
+		if ( *m_Options.m_Frame == CommandLineOptions::SLOWEST_FRAME )
+			QMetaObject::invokeMethod( pWindow, "ShowSlowestRecordedFrame" );
+		else
+			QMetaObject::invokeMethod( pWindow, "ShowRecordedFrame", Q_ARG( int, *m_Options.m_Frame ) );
+	}
 }
 
 // The sub-tool's window for the file; null when it opens none.
@@ -220,12 +224,11 @@ QWidget *CTesselHost::OpenRecordingWindow( const QString &fileName )
 	m_pOpenedFor = m_Recordings.back().get();
 	OnOpenRequested( pTool );
 	m_pOpenedFor = nullptr;
-	m_pRecordingWindow = nullptr;
 	for ( QWidget *pWidget : QApplication::topLevelWidgets() )
 		if ( !before.contains( pWidget ) && pWidget->isVisible() &&
 			 pWidget->windowTitle().startsWith( QLatin1String( pTool->m_Known.m_pTitle ) ) )
-			m_pRecordingWindow = pWidget;
-	return m_pRecordingWindow;
+			return m_RecordingWindows.emplace_back( pWidget );
+	return nullptr;
 }
 
 // Whoever waits for a picture watches the error output and not the console.

@@ -65,6 +65,7 @@ private:
 	void StartDemo();
 	void StartScreenshot();
 	void OpenRecordings();
+	void OnRecordingsOpen();
 	bool OpenRecording( const QString &fileName );
 	QWidget *OpenRecordingWindow( const QString &fileName );
 	void Report( LoggingSeverity severity, const QString &source, const QString &text );
@@ -87,7 +88,7 @@ private:
 	std::unique_ptr<CQMainWindow> m_pWindow;
 	std::vector<std::unique_ptr<CRecordingConnection>> m_Recordings;
 	ITesselConnection *m_pOpenedFor = nullptr; // instead of the current connection
-	QPointer<QWidget> m_pRecordingWindow;      // the last one
+	std::vector<QPointer<QWidget>> m_RecordingWindows;
 	std::unique_ptr<CDemoProcess> m_pDemo;
 	std::unique_ptr<CScreenshot> m_pScreenshot;
 	bool m_bStarted = false;

@@ -409,9 +409,10 @@ TEST_F( TesselHost, OpensEachRecordingInAWindowOfItsOwnWithoutAnEngine )
 	m_Options.m_Frame = 7;
 	Start();
 	m_pRecord->m_Calls.clear();
-	QCoreApplication::processEvents();
-	EXPECT_THAT( m_pRecord->m_Calls, ElementsAre( "Open", "OpenRecording /somewhere/first.kesto", "ShowRecordedFrame 7",
-										 "Open", "OpenRecording /elsewhere/first.kesto", "ShowRecordedFrame 7" ) );
+	RunEventTurns();
+	EXPECT_THAT( m_pRecord->m_Calls,
+		ElementsAre( "Open", "OpenRecording /somewhere/first.kesto", "Open", "OpenRecording /elsewhere/first.kesto",
+			"ShowRecordedFrame 7", "ShowRecordedFrame 7" ) );
 	EXPECT_NE( FindWindow( "Show Budget - first.kesto" ), nullptr );
 	EXPECT_EQ( m_pHost->GetCurrentConnection(), nullptr ) << "a recording is no engine to send commands to";
 	EXPECT_EQ( m_pHost->Connections().Count(), 0 );
