@@ -2,6 +2,7 @@
 
 #include <QScrollBar>
 #include <QWheelEvent>
+#include <algorithm>
 #include <cmath>
 
 #include "keel0/mathlib.h"
@@ -66,11 +67,27 @@ void CQFlamegraphWidget::SetFrame( CKestoFile::CTickTimings *pFrame )
 	const bool bFirst = !m_pFrame;
 	m_pFrame = CRefPtr( pFrame );
 	Relayout();
-	if ( bFirst ) // where the frame begins, not somewhere in its middle
-	{
-		horizontalScrollBar()->setValue( horizontalScrollBar()->minimum() );
-		verticalScrollBar()->setValue( verticalScrollBar()->maximum() );
-	}
+	if ( bFirst ) // and not somewhere in the middle of the frame
+		ScrollToBeginning();
+}
+
+void CQFlamegraphWidget::ScrollToBeginning()
+{
+	horizontalScrollBar()->setValue( horizontalScrollBar()->minimum() );
+	verticalScrollBar()->setValue( verticalScrollBar()->maximum() );
+}
+
+void CQFlamegraphWidget::ShowWholeFrame()
+{
+	constexpr int FREE_PIXELS = 4; // beside the frame
+	const int32_t nWidth = m_RowItems.empty() ? 0 : m_RowItems[0]->GetBar().m_nWidth;
+	if ( nWidth <= 0 )
+		return;
+	const auto flPixels = static_cast<float>( std::max( viewport()->width() - FREE_PIXELS, 1 ) );
+	if ( !Zoom( flPixels / ( static_cast<float>( nWidth ) * m_Map.m_flXScale ), false ) )
+		return;
+	Relayout();
+	ScrollToBeginning();
 }
 
 QString CQFlamegraphWidget::GetNodeText( int32_t nNode ) const

@@ -32,6 +32,9 @@ public:
 	// Holds a reference to pFrame, a frame of the recording.
 	void SetFrame( CKestoFile::CTickTimings *pFrame );
 
+	// Zooms the time so that the frame is as wide as the view. Nothing for a frame without time.
+	void ShowWholeFrame();
+
 	// Selects the node's bars or the contrary, without reporting it. A node without bars is ignored, as is the call
 	// while a selection is being reported.
 	void SetSelected( int32_t nNode, bool bSelected );
@@ -56,6 +59,7 @@ protected:
 private:
 	void Relayout();
 	void LayoutRecording();
+	void ScrollToBeginning();
 	bool Zoom( float flFactor, bool bRowHeight );
 	CQFlamegraphRowItem *GetItemOf( int32_t nNode ) const;
 	QPointF GetViewCentre() const;

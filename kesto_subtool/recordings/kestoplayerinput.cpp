@@ -12,6 +12,7 @@
 
 #include "keel0/keyvalues.h"
 #include "keel0/platform.h"
+#include "recordings/flamegraphwidget.h"
 #include "recordings/kestoplayerwidget.h"
 #include "recordings/kestotexts.h"
 #include "recordings/recordingloader.h"
@@ -105,6 +106,11 @@ void CQKestoPlayerWidget::ShowSlowestFrame()
 	ShowFoundFrame( m_FrameFinder.FindSlowest() );
 }
 
+void CQKestoPlayerWidget::ShowWholeFrame()
+{
+	m_pFlamegraph->ShowWholeFrame();
+}
+
 // -1 = nothing was found.
 void CQKestoPlayerWidget::ShowFoundFrame( int nFrame )
 {
@@ -133,6 +139,9 @@ bool CQKestoPlayerWidget::HandleKey( const QKeyEvent &event )
 			return true;
 		case Qt::Key_M:
 			ShowSlowestFrame();
+			return true;
+		case Qt::Key_F:
+			ShowWholeFrame();
 			return true;
 		default:
 			return false;

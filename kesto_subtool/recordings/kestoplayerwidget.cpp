@@ -67,7 +67,8 @@ QToolBar *CQKestoPlayerWidget::MakeToolBar()
 	m_pFrameText->setMargin( 4 );
 	m_pFrameText->setToolTip( tr( "Left, Right: previous, next frame (Shift: ten)\n"
 								  "N, Shift+N: next, previous frame that takes more than twice the median\n"
-								  "M: slowest frame" ) );
+								  "M: slowest frame\n"
+								  "F: whole width of the frame" ) );
 	pToolBar->addWidget( m_pFrameText );
 	return pToolBar;
 }

@@ -23,7 +23,7 @@ class QTreeWidget;
 
 // Shows one frame of a recording at a time: a tree of its nodes beside a flame graph, with one selection. Left and
 // Right step through the frames (with Shift by ten), N and Shift+N go to the next and previous slow frame, M to the
-// slowest. A file that is dropped on it is opened.
+// slowest, F shows a frame's whole width. A file that is dropped on it is opened.
 //
 // Opening runs events (dialogs, progress). The player may be deleted meanwhile; a second opening is refused.
 class CQKestoPlayerWidget final : public QWidget
@@ -43,6 +43,7 @@ public:
 
 	void ShowFrame( int nFrame ); // the nearest that there is
 	void ShowSlowestFrame();
+	void ShowWholeFrame(); // the flame graph from the frame's beginning to its end
 
 	// The folder of the last opened file (none is not saved), under "recording_directory".
 	void LoadSettings( const KeyValues &settings );

@@ -268,11 +268,13 @@ void CQBudgetWidget::ArrangeForRecording( bool bOn )
 void CQBudgetWidget::ShowRecordedFrame( int nFrame )
 {
 	m_pPlayer->ShowFrame( nFrame );
+	m_pPlayer->ShowWholeFrame();
 }
 
 void CQBudgetWidget::ShowSlowestRecordedFrame()
 {
 	m_pPlayer->ShowSlowestFrame();
+	m_pPlayer->ShowWholeFrame();
 }
 
 // -- What the views see

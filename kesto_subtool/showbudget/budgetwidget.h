@@ -56,7 +56,8 @@ public:
 	// may be gone afterwards. The player has the window to itself until there is an engine, and how the window is
 	// arranged then is not kept for others.
 	Q_INVOKABLE bool OpenRecording( const QString &fileName );
-	Q_INVOKABLE void ShowRecordedFrame( int nFrame ); // the nearest that there is
+	// The frame (the nearest that there is), the whole of it.
+	Q_INVOKABLE void ShowRecordedFrame( int nFrame );
 	Q_INVOKABLE void ShowSlowestRecordedFrame();
 
 	// ITesselDataReceived

@@ -320,6 +320,18 @@ TEST_F( FlameGraph, TheFirstFrameIsSeenFromItsBeginning )
 	EXPECT_EQ( m_Widget.horizontalScrollBar()->value(), 300 ) << "where the user looks stays";
 }
 
+TEST_F( FlameGraph, TheWholeFrameIsAsWideAsTheView )
+{
+	Show( 0 );
+	m_Widget.ShowWholeFrame();
+	EXPECT_NEAR( Item( 0 ).boundingRect().width(), m_Widget.viewport()->width() - 4, 0.5 );
+	EXPECT_NEAR( m_Widget.mapToScene( QPoint( 0, 0 ) ).x(), 0.0, 2.0 );
+	EXPECT_EQ( m_Widget.GetMap().m_flRowHeight, 20.0f );
+	m_Widget.Clear();
+	m_Widget.ShowWholeFrame();
+	EXPECT_EQ( m_Widget.GetMap().m_flXScale, 0.1f );
+}
+
 TEST_F( FlameGraph, WithoutARecordingTheScaleIsThatOf60FramesPerSecond )
 {
 	m_Widget.SetFrame( m_pFile->GetFrame( 0 ) );
