@@ -1,6 +1,7 @@
 // A user who closes whatever waits for an answer.
 #pragma once
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QFileDialog>
 #include <QKeyEvent>
