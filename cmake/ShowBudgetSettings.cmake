@@ -28,6 +28,9 @@ set( showbudgetWarnings -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor -
 if( SHOWBUDGET_WERROR )
 	list( APPEND showbudgetWarnings -Werror )
 endif()
+if( CMAKE_UNITY_BUILD )
+	list( REMOVE_ITEM showbudgetWarnings -Wshadow ) # a file-local name is no matter to another file
+endif()
 add_compile_options( ${showbudgetWarnings} )
 
 if( SHOWBUDGET_SANITIZERS )

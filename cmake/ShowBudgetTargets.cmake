@@ -32,6 +32,7 @@ function( showbudget_test name )
 	showbudget_compile_as_test( ${name} )
 	if( SHOWBUDGET_JOIN_TESTS )
 		set_target_properties( ${name} PROPERTIES UNITY_BUILD ON )
+		target_compile_options( ${name} PRIVATE -Wno-shadow )
 	endif()
 	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
 		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" )
