@@ -149,7 +149,7 @@ TEST( FrameFilter, AsksNoMoreOnceItWasToldToStop )
 	CFrameFilter filter( 10, 3 );
 	int nAsked = 0;
 	const auto refuse = [&]( const RecordedFrame & ) { return ++nAsked < 2; };
-	for ( const uint64_t nTime : { 1, 2, 3, 11 } )
+	for ( const uint64_t nTime : std::initializer_list<uint64_t>{ 1, 2, 3, 11 } )
 		filter.Add( { 0, 0, { { 0, 1, nTime } } }, refuse );
 	EXPECT_EQ( nAsked, 2 );
 }
