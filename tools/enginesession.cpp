@@ -109,6 +109,8 @@ private:
 					return Finish( connectError.message() );
 				WaitFor( PATIENCE, "no greeting within 3 seconds" );
 				asio::error_code ignored;
+				// Tells within minutes that the engine's machine is gone; the session may have no other end.
+				m_Socket.set_option( asio::socket_base::keep_alive( true ), ignored );
 				wire::Hello hello;
 				hello.m_nProcessId = static_cast<uint32_t>( getpid() );
 				hello.m_Name = asio::ip::host_name( ignored );

@@ -155,6 +155,20 @@ TEST_F( KestoRecord, BudgetsThatChangeKeepTheirColumns )
 							"0,60.000,1,1,2,3", "1,60.000,1,,30,70" } ) );
 }
 
+TEST_F( KestoRecord, BudgetsOfOneNameKeepTheirOrder )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			self.SendBudgets( { "Physics", "Physics" } );
+			self.SendFrame( { 1, 2 } );
+			self.WaitForHangUp();
+		} );
+	EXPECT_EQ( Record( engine.Address(), { "--frames", "1" } ).m_nStatus, 0 );
+	EXPECT_EQ( Lines().back(), "0,60.000,1,1,2,3" );
+}
+
 TEST_F( KestoRecord, WithoutFramesNothingIsWritten )
 {
 	m_Folder.Write( "x.csv", ToBytes( "old" ) );

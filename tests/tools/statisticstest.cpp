@@ -70,14 +70,16 @@ TEST( Statistics, LargeNumbersDoNotOverflow )
 
 TEST( Statistics, ZerosGivenByTheirCountAreNumbersLikeTheOthers )
 {
-	std::mt19937 random( RandomSeed() );
+	const uint32_t nSeed = RandomSeed();
+	SCOPED_TRACE( SeedText( nSeed ) );
+	std::mt19937 random( nSeed );
 	for ( int nRound = 0; nRound < 300; nRound++ )
 	{
 		std::vector<int32_t> numbers( random() % 9 );
 		for ( int32_t &nNumber : numbers )
 			nNumber = static_cast<int32_t>( random() % 11 ) - 5;
 		const size_t nZeros = random() % 6;
-		const CDistribution short_( numbers, nZeros );
+		const CDistribution counted( numbers, nZeros );
 		numbers.insert( numbers.end(), nZeros, 0 );
 		if ( numbers.empty() )
 			continue;
@@ -88,15 +90,15 @@ TEST( Statistics, ZerosGivenByTheirCountAreNumbersLikeTheOthers )
 		double flSquares = 0.0;
 		for ( const int32_t nNumber : numbers )
 			flSquares += std::pow( nNumber - flMean, 2 );
-		ASSERT_EQ( short_.Count(), numbers.size() );
-		EXPECT_NEAR( short_.Mean(), flMean, 1e-9 );
+		ASSERT_EQ( counted.Count(), numbers.size() );
+		EXPECT_NEAR( counted.Mean(), flMean, 1e-9 );
 		if ( numbers.size() > 1 )
 		{
-			EXPECT_NEAR( short_.Variance(), flSquares / static_cast<double>( numbers.size() - 1 ), 1e-9 );
+			EXPECT_NEAR( counted.Variance(), flSquares / static_cast<double>( numbers.size() - 1 ), 1e-9 );
 		}
 		for ( const double flPercent : { 0.0, 10.0, 33.0, 50.0, 95.0, 99.0, 100.0 } )
-			EXPECT_NEAR( short_.Percentile( flPercent ), PercentileOf( numbers, flPercent ), 1e-9 ) << flPercent;
-		EXPECT_EQ( short_.Maximum(), *std::max_element( numbers.begin(), numbers.end() ) );
-		EXPECT_EQ( short_.Minimum(), *std::min_element( numbers.begin(), numbers.end() ) );
+			EXPECT_NEAR( counted.Percentile( flPercent ), PercentileOf( numbers, flPercent ), 1e-9 ) << flPercent;
+		EXPECT_EQ( counted.Maximum(), *std::max_element( numbers.begin(), numbers.end() ) );
+		EXPECT_EQ( counted.Minimum(), *std::min_element( numbers.begin(), numbers.end() ) );
 	}
 }
