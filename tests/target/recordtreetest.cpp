@@ -36,6 +36,7 @@ protected:
 		settings.m_pFile = m_File.c_str();
 		settings.m_bOtherThreads = bOtherThreads;
 		ASSERT_TRUE( showbudget::StartRecording( settings ) );
+		m_nStarted = NowMicroseconds();
 		EndFrame(); // the starting line
 	}
 	CRecordingFileOfTest Stop()
@@ -47,6 +48,7 @@ protected:
 
 	CTemporaryFolder m_Folder;
 	std::string m_File = m_Folder.File( "test.kesto" );
+	uint64_t m_nStarted = 0; // a moment before the first frame
 };
 
 void Leaf()
@@ -119,7 +121,6 @@ TEST_F( RecordTree, ScopesThatRanFirstComeFirst )
 TEST_F( RecordTree, TimesAreInclusiveAndChildrenFitIntoTheirParents )
 {
 	std::vector<uint64_t> atLeast;
-	const uint64_t nBegin = NowMicroseconds();
 	for ( int i = 0; i < 50; i++ )
 	{
 		SHOWBUDGET_SCOPE( g_Budget, "Around" );
@@ -133,7 +134,7 @@ TEST_F( RecordTree, TimesAreInclusiveAndChildrenFitIntoTheirParents )
 		}
 		EndFrame();
 	}
-	const uint64_t nElapsed = NowMicroseconds() - nBegin;
+	const uint64_t nElapsed = NowMicroseconds() - m_nStarted;
 	const CRecordingFileOfTest file = Stop();
 	ASSERT_EQ( file.FrameCount(), 50 );
 	uint64_t nTotal = 0;
@@ -148,7 +149,7 @@ TEST_F( RecordTree, TimesAreInclusiveAndChildrenFitIntoTheirParents )
 		EXPECT_GE( frame.m_nTime, around.m_nTime );
 		nTotal += frame.m_nTime;
 	}
-	EXPECT_LE( nTotal, nElapsed + 50 );
+	EXPECT_LE( nTotal, nElapsed + 4 + 50 ); // the file's unit, and what a calibrated clock is off
 	EXPECT_GE( nTotal, 50u * 37u );
 }
 
