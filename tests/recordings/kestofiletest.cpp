@@ -532,6 +532,23 @@ TEST( KestoMemoryReader, StepsAreMadeAtTheSameFieldsWithAndWithoutSpans )
 	}
 }
 
+TEST( KestoMemoryReader, ASpanEndsWhereTheReadOfTheNextStepBegins )
+{
+	const std::vector<uint8_t> bytes( 400000 );
+	CKestoMemoryReader reader( bytes );
+	EXPECT_EQ( reader.PeekSpan().size(), 131072u + 1 ) << "a read from 131,072 on makes no step, one behind it does";
+	reader.SkipSpan( 131072 );
+	EXPECT_EQ( reader.PeekSpan().size(), 1u );
+	reader.SkipSpan( 1 );
+	EXPECT_TRUE( reader.PeekSpan().empty() );
+	uint32_t nField = 0;
+	EXPECT_EQ( reader.Read( &nField, 4 ), 4 );
+	EXPECT_EQ( reader.GetPosition(), 131073 + 4 );
+	EXPECT_EQ( reader.PeekSpan().size(), 131072u + 1 );
+	reader.ReportFailure( "enough" );
+	EXPECT_TRUE( reader.PeekSpan().empty() );
+}
+
 TEST( KestoMemoryReader, AStopIsNoticedAtTheNextStepAndKeepsTheFramesBefore )
 {
 	const CRecordingWriter writer = LongRecording();
