@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QWheelEvent>
+#include <memory>
 
 #include "recordingbytes.h"
 #include "recordings/flamegraphwidget.h"
@@ -29,7 +30,7 @@ void BM_Parse( benchmark::State &state )
 		benchmark::DoNotOptimize( Parse( bytes ) );
 }
 
-// With progress; from the call to the end of its views' first painting.
+// With progress, up to where the first frame is set.
 void BM_OpenInPlayer( benchmark::State &state )
 {
 	QTemporaryDir folder;
@@ -42,14 +43,17 @@ void BM_OpenInPlayer( benchmark::State &state )
 	for ( auto _ : state )
 	{
 		state.PauseTiming();
-		CQKestoPlayerWidget player( nullptr );
-		player.resize( 1280, 760 );
-		player.show();
+		auto pPlayer = std::make_unique<CQKestoPlayerWidget>( nullptr );
+		pPlayer->resize( 1280, 760 );
+		pPlayer->show();
 		QCoreApplication::processEvents();
 		state.ResumeTiming();
-		if ( !player.OpenRecording( file.fileName() ) )
-			state.SkipWithError( "not opened" );
+		const bool bOpened = pPlayer->OpenRecording( file.fileName() );
 		state.PauseTiming();
+		pPlayer.reset();
+		state.ResumeTiming();
+		if ( !bOpened )
+			return state.SkipWithError( "not opened" );
 	}
 }
 
@@ -76,7 +80,7 @@ public:
 	CQKestoPlayerWidget m_Player{ nullptr };
 };
 
-// Tree, rows and bars of a recording that is parsed, up to the first picture of it.
+// Bars of a recording that is parsed, up to the first picture of them.
 void BM_FirstFlameGraph( benchmark::State &state )
 {
 	const CRefPtr<CKestoFile> pFile = Parse( Recording( 4 ) );
@@ -84,15 +88,17 @@ void BM_FirstFlameGraph( benchmark::State &state )
 	for ( auto _ : state )
 	{
 		state.PauseTiming();
-		CQFlamegraphWidget flames;
-		flames.resize( 800, 600 );
-		flames.show();
+		auto pFlames = std::make_unique<CQFlamegraphWidget>();
+		pFlames->resize( 800, 600 );
+		pFlames->show();
 		QCoreApplication::processEvents();
 		state.ResumeTiming();
-		flames.SetRecording( pFile.Get(), pRows );
-		flames.SetFrame( pFile->GetFrame( 1 ) );
-		flames.grab();
+		pFlames->SetRecording( pFile.Get(), pRows );
+		pFlames->SetFrame( pFile->GetFrame( 1 ) );
+		pFlames->grab();
 		state.PauseTiming();
+		pFlames.reset();
+		state.ResumeTiming();
 	}
 }
 
