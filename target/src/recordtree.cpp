@@ -15,18 +15,23 @@ constexpr uint64_t COUNT_BITS = 32; // of m_nLost
 constexpr uint64_t COUNT_MASK = ( uint64_t( 1 ) << COUNT_BITS ) - 1;
 } // namespace
 
+// Nobody else can change m_pFollowed between the two marks.
 void CRecordTree::Follow( CSiteCounters *pThread, CSiteCounters &counters, CSiteCounters &caller )
 {
-	// Either the thread that takes over sees that we are inside, or we see that it has taken over.
-	m_bInside.store( true, std::memory_order_seq_cst );
-	if ( m_pFollowed.load( std::memory_order_seq_cst ) == pThread )
-	{
-		const auto nSite = static_cast<uint32_t>( &counters - pThread );
-		Settle( counters, m_Ties[nSite] );
-		UntieInside( pThread, nSite );
-		TieSite( nSite, static_cast<uint32_t>( &caller - pThread ) );
-	}
-	m_bInside.store( false, std::memory_order_release );
+	CSiteCounters *pExpected = pThread;
+	if ( !m_pFollowed.compare_exchange_strong( pExpected, Busy( pThread ) ) )
+		return;
+	const auto nSite = static_cast<uint32_t>( &counters - pThread );
+	Settle( counters, m_Ties[nSite] );
+	UntieInside( pThread, nSite );
+	TieSite( nSite, static_cast<uint32_t>( &caller - pThread ) );
+	m_pFollowed.store( pThread, std::memory_order_release );
+}
+
+bool CRecordTree::LetGo()
+{
+	CSiteCounters *pFollowed = m_pFollowed.load( std::memory_order_relaxed );
+	return !IsBusy( pFollowed ) && m_pFollowed.compare_exchange_strong( pFollowed, nullptr );
 }
 
 void CRecordTree::OnThreadEnded( CSiteCounters *pThread )
@@ -50,8 +55,7 @@ void CRecordTree::EndFrame( CSiteCounters *pOwn, uint64_t nNow )
 	const uint64_t nSession = m_nSession.load( std::memory_order_acquire );
 	if ( m_pFollowed.load( std::memory_order_relaxed ) != pOwn || nSession != m_nFollowedSession )
 	{
-		m_pFollowed.store( nullptr, std::memory_order_seq_cst );
-		if ( m_bInside.load( std::memory_order_seq_cst ) )
+		if ( !LetGo() )
 			return;
 		if ( nSession != m_nFollowedSession )
 		{

@@ -65,7 +65,7 @@ public:
 	void Idle()
 	{
 		if ( m_pFollowed.load( std::memory_order_relaxed ) )
-			m_pFollowed.store( nullptr, std::memory_order_release );
+			LetGo();
 	}
 
 	// Recorder: what the next frame belongs to. Whoever calls this empties the queue first.
@@ -102,6 +102,13 @@ private:
 	};
 
 	void Follow( detail::CSiteCounters *pThread, detail::CSiteCounters &counters, detail::CSiteCounters &caller );
+	static detail::CSiteCounters *Busy( detail::CSiteCounters *pThread )
+	{
+		return reinterpret_cast<detail::CSiteCounters *>( reinterpret_cast<uintptr_t>( pThread ) | 1 );
+	}
+	static bool IsBusy( const detail::CSiteCounters *pThread ) { return reinterpret_cast<uintptr_t>( pThread ) & 1; }
+	// Ends following any thread. False when that has to wait.
+	bool LetGo();
 	void Begin( detail::CSiteCounters *pOwn, uint64_t nNow );
 	void TieOpenScopes( detail::CSiteCounters *pOwn );
 	void TieSite( uint32_t nSite, uint32_t nCaller );
@@ -117,10 +124,9 @@ private:
 	bool WriteFrame( uint64_t nNow );
 	void ForgetFrame();
 
+	// The thread's counters; null for none. The lowest bit says that a scope of that thread works on the ties. Another
+	// thread that takes over the frames meanwhile comes back a frame later instead of waiting.
 	std::atomic<detail::CSiteCounters *> m_pFollowed{ nullptr };
-	// A scope of the followed thread works on the ties. Another thread that takes over the frames meanwhile comes back
-	// a frame later instead of waiting.
-	std::atomic<bool> m_bInside{ false };
 	std::atomic<uint64_t> m_nSession{ 0 }; // and in the lowest bit whether other threads are recorded
 	std::atomic<uint64_t> m_nLost{ 0 };    // the session in the upper half
 	std::atomic<bool> m_bNodeLost{ false };
