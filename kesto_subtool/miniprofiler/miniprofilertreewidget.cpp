@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QTreeWidgetItemIterator>
+#include <algorithm>
 
 #include "miniprofiler/miniprofilermodel.h"
 #include "miniprofiler/miniprofilerrowitem.h"
@@ -22,6 +23,8 @@ CQMiniProfilerTreeWidget::CQMiniProfilerTreeWidget( QWidget *pParent )
 	viewport()->setAttribute( Qt::WA_Hover );
 	header()->setSortIndicator( MINIPROFILER_INCLUSIVE, Qt::DescendingOrder ); // the heaviest first
 	setSortingEnabled( true );
+	header()->setStretchLastSection( false ); // the first one takes the rest
+	connect( header(), SIGNAL( sectionResized( int, int, int ) ), SLOT( OnSectionResized() ) );
 }
 
 // The items let go of their rows while those are still there.
@@ -35,6 +38,42 @@ void CQMiniProfilerTreeWidget::SetHeaderTexts( const QStringList &texts )
 	for ( int i = 0; i < texts.size(); i++ )
 		if ( headerItem()->text( i ) != texts[i] )
 			headerItem()->setText( i, texts[i] );
+}
+
+void CQMiniProfilerTreeWidget::SetStartWidths( const QStringList &labels )
+{
+	constexpr int LONG_NAME_CHARACTERS = 44;
+	const QFontMetrics metrics( header()->font() );
+	const int nMargin = 4 * metrics.horizontalAdvance( 'x' );
+	m_nLongName = LONG_NAME_CHARACTERS * metrics.horizontalAdvance( 'x' );
+	m_bFitting = true;
+	for ( int i = MINIPROFILER_CALLS; i < labels.size(); i++ )
+		setColumnWidth( i, metrics.horizontalAdvance( labels[i] ) + nMargin );
+	m_bFitting = false;
+	FitNames();
+}
+
+void CQMiniProfilerTreeWidget::FitNames()
+{
+	if ( m_bUserWidths )
+		return;
+	int nRest = viewport()->width();
+	for ( int i = MINIPROFILER_CALLS; i < columnCount(); i++ )
+		nRest -= columnWidth( i );
+	m_bFitting = true;
+	setColumnWidth( MINIPROFILER_NAME, std::max( nRest, m_nLongName ) );
+	m_bFitting = false;
+}
+
+void CQMiniProfilerTreeWidget::OnSectionResized()
+{
+	m_bUserWidths = m_bUserWidths || !m_bFitting;
+}
+
+void CQMiniProfilerTreeWidget::resizeEvent( QResizeEvent *pEvent )
+{
+	QTreeWidget::resizeEvent( pEvent );
+	FitNames();
 }
 
 void CQMiniProfilerTreeWidget::OpenContextMenu( const QPoint &ptGlobal )

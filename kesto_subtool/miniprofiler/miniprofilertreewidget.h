@@ -28,6 +28,10 @@ public:
 	// Sets the header labels that differ; the user's column widths stay.
 	void SetHeaderTexts( const QStringList &texts );
 
+	// Gives every column of numbers room for its label. Names get the rest of the view's width, and at least room for a
+	// long one, until the user sets any column's width: from then on all stay.
+	void SetStartWidths( const QStringList &labels );
+
 	// Makes, moves, renames and deletes items as the model's rows have changed. Selection, current item, expansion and
 	// scroll position stay.
 	void Follow( CMiniProfilerModel &model );
@@ -52,7 +56,11 @@ signals:
 protected:
 	void mousePressEvent( QMouseEvent *pEvent ) override;
 	void keyPressEvent( QKeyEvent *pEvent ) override;
+	void resizeEvent( QResizeEvent *pEvent ) override;
 	void paintEvent( QPaintEvent *pEvent ) override; // without rows it says so
+
+private slots:
+	void OnSectionResized();
 
 private:
 	struct Changes
@@ -74,7 +82,11 @@ private:
 	static void DeleteItems( const std::vector<std::unique_ptr<CMiniProfilerGroup>> &groups );
 	QItemSelection SelectionOf( const std::vector<CMiniProfilerRow *> &rows ) const;
 	bool IsInOrder( const QTreeWidgetItem &parent, bool bAscending ) const;
+	void FitNames();
 
 	QMenu *m_pContextMenu = nullptr;
 	MiniProfilerSortArray m_SortArray = MiniProfilerSortArray::Ave;
+	int m_nLongName = 0;        // pixels that names get at least
+	bool m_bUserWidths = false; // a column's width was set by the user
+	bool m_bFitting = false;    // and now it is not the user who sets it
 };

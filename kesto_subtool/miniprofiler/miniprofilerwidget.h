@@ -85,7 +85,6 @@ private:
 	void CreateLayout();
 	void ConnectControls();
 	void ConnectMenu();
-	void SetColumnWidths();
 	MiniProfilerNumbers ReadNumbers() const;
 	void UpdateOverhead( const MiniProfilerNumbers &numbers );
 	void UpdateScales();

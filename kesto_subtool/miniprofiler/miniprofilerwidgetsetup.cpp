@@ -3,7 +3,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QShortcut>
 #include <QToolBar>
@@ -15,6 +14,19 @@
 #include "miniprofiler/miniprofilersearchedit.h"
 #include "miniprofiler/miniprofilertreewidget.h"
 #include "miniprofiler/miniprofilerwidget.h"
+
+namespace
+{
+constexpr int SEARCH_CHARACTERS = 40;
+constexpr int OVERHEAD_LINES = 3;
+
+// A text that changes several times a second must not move what stands beside it, nor widen the window.
+void GiveTheRest( QLabel &label )
+{
+	label.setSizePolicy( QSizePolicy::Expanding, QSizePolicy::Preferred );
+	label.setMinimumWidth( 1 ); // and not its text's
+}
+} // namespace
 
 CQMiniProfilerWidget::CQMiniProfilerWidget( QWidget *pParent, bool bDark )
 	: QWidget( pParent )
@@ -31,7 +43,7 @@ CQMiniProfilerWidget::CQMiniProfilerWidget( QWidget *pParent, bool bDark )
 	ConnectControls();
 	ConnectMenu();
 	RegenerateDataView(); // so that there are columns before there is data
-	SetColumnWidths();
+	m_pTree->SetStartWidths( MiniProfilerHeaderLabels( MiniProfilerUnits().back().m_Unit, m_Interval ) ); // the longest
 }
 
 void CQMiniProfilerWidget::CreateToolBar()
@@ -47,10 +59,13 @@ void CQMiniProfilerWidget::CreateToolBar()
 	m_pRapidUpdate = Add( tr( "Rapid Update" ), "game:tools/images/common/control_ff.png" );
 	m_pRebuildContinuously =
 		Add( tr( "Rebuild Hierarchy Continuously" ), "game:tools/images/common/repeat_multiple.png" );
+	const int nCharacter = fontMetrics().horizontalAdvance( 'x' );
 	m_pSearch = new CQMiniProfilerSearchEdit( m_pToolBar );
+	m_pSearch->setFixedWidth( SEARCH_CHARACTERS * nCharacter );
 	m_pToolBar->addWidget( m_pSearch );
 	m_pSummary = new QLabel( m_pToolBar );
-	m_pSummary->setMargin( fontMetrics().horizontalAdvance( 'x' ) );
+	m_pSummary->setMargin( nCharacter );
+	GiveTheRest( *m_pSummary );
 	m_pToolBar->addWidget( m_pSummary );
 }
 
@@ -83,6 +98,8 @@ void CQMiniProfilerWidget::CreateControls()
 	m_pLeafMode->addItem( tr( "Leaf Dynamic Tree (approx)" ), static_cast<int>( MiniProfilerLeafMode::DynamicTree ) );
 
 	m_pOverhead = new QLabel( this );
+	m_pOverhead->setMinimumHeight( OVERHEAD_LINES * fontMetrics().lineSpacing() ); // from the start
+	GiveTheRest( *m_pOverhead );
 	m_pUnit = new QComboBox( this );
 	for ( const MiniProfilerUnit &unit : MiniProfilerUnits() )
 		m_pUnit->addItem( unit.m_Label );
@@ -148,16 +165,4 @@ void CQMiniProfilerWidget::ConnectMenu()
 	connect( m_pMenu, SIGNAL( CopyAddressTriggered() ), SLOT( OnCopyProfilerAddress() ) );
 	connect( m_pMenu, SIGNAL( ClearSelectionTriggered() ), SLOT( OnClearSelection() ) );
 	connect( m_pMenu, SIGNAL( DisambiguateTriggered() ), SLOT( OnDisambiguateByCaller() ) );
-}
-
-// Room for a long name and for every header label in the longest unit, whatever the font's size on this screen.
-void CQMiniProfilerWidget::SetColumnWidths()
-{
-	constexpr int NAME_CHARACTERS = 44;
-	const QFontMetrics metrics( m_pTree->header()->font() );
-	const int nMargin = 4 * metrics.horizontalAdvance( 'x' );
-	const QStringList labels = MiniProfilerHeaderLabels( MiniProfilerUnits().back().m_Unit, m_Interval );
-	m_pTree->setColumnWidth( MINIPROFILER_NAME, NAME_CHARACTERS * metrics.horizontalAdvance( 'x' ) );
-	for ( int i = MINIPROFILER_CALLS; i < labels.size(); i++ )
-		m_pTree->setColumnWidth( i, metrics.horizontalAdvance( labels[i] ) + nMargin );
 }

@@ -564,6 +564,47 @@ TEST_F( MiniProfilerWidget, TheUnitChangesTheHeaderButNotTheUsersColumnWidths )
 	EXPECT_EQ( m_Tree.columnWidth( 2 ), 77 );
 }
 
+TEST_F( MiniProfilerWidget, NamesTakeTheRestOfTheWidthUntilTheUserSetsOne )
+{
+	const auto Sum = [this]
+	{
+		int nSum = 0;
+		for ( int i = 0; i < m_Tree.columnCount(); i++ )
+			nSum += m_Tree.columnWidth( i );
+		return nSum;
+	};
+	m_Panel.resize( 1400, 500 );
+	m_Panel.show();
+	EXPECT_EQ( Sum(), m_Tree.viewport()->width() );
+	const int nNames = m_Tree.columnWidth( 0 );
+	const int nCalls = m_Tree.columnWidth( 1 );
+	m_Panel.resize( 1500, 500 );
+	EXPECT_EQ( m_Tree.columnWidth( 0 ), nNames + 100 );
+	EXPECT_EQ( m_Tree.columnWidth( 1 ), nCalls );
+	m_Panel.resize( 300, 500 );
+	EXPECT_GT( m_Tree.columnWidth( 0 ), m_Tree.fontMetrics().horizontalAdvance( "Some rather long name" ) );
+
+	m_Tree.header()->resizeSection( 4, 50 );
+	m_Panel.resize( 1400, 500 );
+	EXPECT_LT( Sum(), m_Tree.viewport()->width() );
+	EXPECT_EQ( m_Tree.columnWidth( 4 ), 50 );
+}
+
+TEST_F( MiniProfilerWidget, TextsThatChangeMoveNothing )
+{
+	m_Panel.show();
+	const QRect tree = m_Tree.geometry();
+	const QRect search = m_Search.geometry();
+	const int nWidth = m_Panel.minimumSizeHint().width();
+	Receive( 50 );
+	SetTicks( { { 16, 1ull << 62 } } );
+	m_Panel.RegenerateDataView();
+	QApplication::processEvents();
+	EXPECT_EQ( m_Tree.geometry(), tree );
+	EXPECT_EQ( m_Search.geometry(), search );
+	EXPECT_EQ( m_Panel.minimumSizeHint().width(), nWidth );
+}
+
 TEST_F( MiniProfilerWidget, ClearIsSafeWithASelectionAndARunningTimer )
 {
 	Receive( 5 );
