@@ -147,7 +147,7 @@ void LookUpKnown( benchmark::State &state )
 	Fill( model, ids );
 	CMiniProfilerModel::RecordMap map;
 	for ( const auto &pRecord : model.Records() )
-		map.emplace( pRecord->Id(), pRecord.get() );
+		map.emplace( pRecord->Id(), pRecord->HistoryIndex() );
 	const auto data = MakeData( ids, 7 );
 	for ( auto _ : state )
 	{
@@ -186,15 +186,14 @@ void SumSamples( benchmark::State &state )
 		for ( uint32_t nBlock = 0; nBlock * WIDTH < model.History().RecordCount(); nBlock++ )
 		{
 			const CMiniProfilerHistory::Block &block = model.History().BlockAt( nBlock );
-			CMiniProfilerHistory::BlockRow ticks{}, calls{};
-			for ( uint32_t i = 0; i < CMiniProfilerHistory::CAPACITY; i++ )
+			CMiniProfilerHistory::Row sums{};
+			for ( const CMiniProfilerHistory::Row &row : block.m_Rows )
 				for ( uint32_t j = 0; j < WIDTH; j++ )
 				{
-					ticks[j] += block.m_Ticks[i][j];
-					calls[j] += block.m_Calls[i][j];
+					sums.m_Ticks[j] += row.m_Ticks[j];
+					sums.m_Calls[j] += row.m_Calls[j];
 				}
-			benchmark::DoNotOptimize( ticks );
-			benchmark::DoNotOptimize( calls );
+			benchmark::DoNotOptimize( sums );
 		}
 	}
 }

@@ -56,8 +56,12 @@ void PaintPeak( QPainter &painter, const std::array<QPoint, 3> &peak, const Mini
 
 void PaintText( QPainter &painter, const MiniProfilerTextBox &text )
 {
+	// At a point: laying the text out in a rectangle would cost several times as much.
+	const QFontMetricsF metrics( painter.font() );
+	const qreal flWidth = text.m_Alignment & Qt::AlignLeft ? 0.0 : metrics.horizontalAdvance( text.m_Text );
+	const QPointF origin = AlignedTextOrigin( text.m_Box, text.m_Alignment, QSizeF( flWidth, metrics.height() ) );
 	painter.setPen( text.m_Colour );
-	painter.drawText( text.m_Box, static_cast<int>( text.m_Alignment ) | Qt::TextSingleLine, text.m_Text );
+	painter.drawText( origin + QPointF( 0, metrics.ascent() ), text.m_Text );
 }
 
 void PaintName( QPainter &painter, const MiniProfilerTextBox &box, const QStaticText &name )

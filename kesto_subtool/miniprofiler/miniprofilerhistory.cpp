@@ -17,9 +17,8 @@ void CMiniProfilerHistory::Advance()
 
 MiniProfilerSample CMiniProfilerHistory::At( uint32_t nRecord, uint32_t nAge ) const
 {
-	const Block &block = *m_Blocks[nRecord / BLOCK_RECORDS];
-	const uint32_t nLane = nRecord % BLOCK_RECORDS;
-	return { block.m_Ticks[Slot( nAge )][nLane], block.m_Calls[Slot( nAge )][nLane] };
+	const Row &row = m_Blocks[nRecord / BLOCK_RECORDS]->m_Rows[Slot( nAge )];
+	return { row.m_Ticks[nRecord % BLOCK_RECORDS], row.m_Calls[nRecord % BLOCK_RECORDS] };
 }
 
 void CMiniProfilerHistory::Clear()

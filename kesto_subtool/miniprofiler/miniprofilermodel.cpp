@@ -15,13 +15,19 @@ CMiniProfilerModel::~CMiniProfilerModel() = default;
 
 CQMiniProfilerRecord *CMiniProfilerModel::FindOrCreateRecord( uint64_t nId, bool bAdvance )
 {
+	const uint32_t nRecord = FindOrCreateIndex( nId, bAdvance );
+	return nRecord == NO_RECORD ? nullptr : m_Records[nRecord].get();
+}
+
+uint32_t CMiniProfilerModel::FindOrCreateIndex( uint64_t nId, bool bAdvance )
+{
 	if ( nId == 0 )
-		return nullptr;
+		return NO_RECORD;
 	const auto found = m_RecordMap.find( nId );
 	return found != m_RecordMap.end() ? found->second : CreateRecord( nId, bAdvance );
 }
 
-CQMiniProfilerRecord *CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdvance )
+uint32_t CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdvance )
 {
 	if ( m_Records.size() == MAX_RECORDS )
 	{
@@ -30,15 +36,15 @@ CQMiniProfilerRecord *CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdva
 				MAX_RECORDS );
 		if ( m_IgnoredIds.size() < MAX_RECORDS )
 			m_IgnoredIds.insert( nId );
-		return nullptr;
+		return NO_RECORD;
 	}
-	auto pRecord = std::make_unique<CQMiniProfilerRecord>( nId, m_History.Add( bAdvance ) );
-	CQMiniProfilerRecord *const pResult = pRecord.get();
-	m_Records.push_back( std::move( pRecord ) );
-	m_RecordMap.emplace( nId, pResult );
+	const uint32_t nRecord = m_History.Add( bAdvance );
+	m_Records.push_back( std::make_unique<CQMiniProfilerRecord>( nId, nRecord ) );
+	m_RecordMap.emplace( nId, nRecord );
+	m_Links.push_back( { nId, 0, nRecord } );
 	m_WantedIds.push_back( nId );
-	NoteChange( *pResult );
-	return pResult;
+	NoteChange( *m_Records.back() );
+	return nRecord;
 }
 
 void CMiniProfilerModel::SetRecordName(
@@ -84,6 +90,8 @@ void CMiniProfilerModel::Clear()
 	m_Changes.clear();
 	m_RemovedGroups.clear();
 	m_RecordMap.clear();
+	m_Links.clear();
+	m_nLast = 0;
 	m_NameMap.clear();
 	m_GroupMap.clear();
 	m_CommonPrefix.clear();
@@ -161,18 +169,39 @@ void CMiniProfilerModel::SetCounts( uint32_t nRegistered, uint32_t nTransmitted 
 	m_Counters.m_nTransmitted = nTransmitted;
 }
 
+// The index of an entry's record: mostly the one that followed the entry before in the last chunk, too.
+inline uint32_t CMiniProfilerModel::FollowingIndex( uint64_t nId )
+{
+	if ( !m_Links.empty() )
+	{
+		const uint32_t nGuess = m_Links[m_nLast].m_nNext;
+		if ( m_Links[nGuess].m_nId == nId )
+			return m_nLast = nGuess;
+	}
+	const uint32_t nRecord = FindOrCreateIndex( nId, true );
+	if ( nRecord == NO_RECORD )
+		return NO_RECORD;
+	m_Links[m_nLast].m_nNext = nRecord;
+	return m_nLast = nRecord;
+}
+
 void CMiniProfilerModel::AddEntry( uint64_t nId, uint64_t nCallerId, const MiniProfilerSample *pSample )
 {
-	CQMiniProfilerRecord *pRecord = FindOrCreateRecord( nId, true );
-	if ( !pRecord )
+	const uint32_t nRecord = FollowingIndex( nId );
+	if ( nRecord == NO_RECORD )
 		return;
 	if ( pSample )
-		m_History.SetNewest( pRecord->HistoryIndex(), *pSample );
+		m_History.SetNewest( nRecord, *pSample );
 	// Most scopes are called from where they were called before: that saves a look into the map.
-	if ( nCallerId == 0 || nCallerId == pRecord->m_nCallerId )
-		return;
-	pRecord->m_pCaller = FindOrCreateRecord( nCallerId, false );
-	pRecord->m_nCallerId = pRecord->m_pCaller ? nCallerId : 0;
+	if ( nCallerId != 0 && nCallerId != m_Links[nRecord].m_nCallerId )
+		SetCaller( nRecord, nCallerId );
+}
+
+void CMiniProfilerModel::SetCaller( uint32_t nRecord, uint64_t nCallerId )
+{
+	CQMiniProfilerRecord *pCaller = FindOrCreateRecord( nCallerId, false );
+	m_Records[nRecord]->m_pCaller = pCaller;
+	m_Links[nRecord].m_nCallerId = pCaller ? nCallerId : 0;
 }
 
 void CMiniProfilerModel::AddName(

@@ -105,10 +105,15 @@ public:
 			return nId ^ nId >> 32;
 		}
 	};
-	using RecordMap = tsl::robin_map<uint64_t, CQMiniProfilerRecord *, IdHash>;
+	using RecordMap = tsl::robin_map<uint64_t, uint32_t, IdHash>; // to history indices
 
 private:
-	CQMiniProfilerRecord *CreateRecord( uint64_t nId, bool bAdvance );
+	static constexpr uint32_t NO_RECORD = UINT32_MAX;
+
+	uint32_t FindOrCreateIndex( uint64_t nId, bool bAdvance ); // NO_RECORD where FindOrCreateRecord gives null
+	uint32_t CreateRecord( uint64_t nId, bool bAdvance );
+	uint32_t FollowingIndex( uint64_t nId );
+	void SetCaller( uint32_t nRecord, uint64_t nCallerId );
 	void NoteDuplicateName( CQMiniProfilerRecord &record );
 	CMiniProfilerGroup *FindOrCreateGroup( const QString &key, const QString &name, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *PathGroup( std::string_view path, CMiniProfilerGroup *pParent );
@@ -121,6 +126,16 @@ private:
 	std::vector<std::unique_ptr<CQMiniProfilerRecord>> m_Records; // by history index
 	CMiniProfilerHistory m_History;
 	RecordMap m_RecordMap;
+
+	// What a chunk needs to know of a record that has not changed, small enough that thousands stay in the cache.
+	struct Link
+	{
+		uint64_t m_nId = 0;
+		uint64_t m_nCallerId = 0; // 0 without a caller
+		uint32_t m_nNext = 0;     // the record that followed in the chunk: engines send them in much the same order
+	};
+	std::vector<Link> m_Links; // by history index
+	uint32_t m_nLast = 0;      // the record of the latest entry
 	std::vector<uint64_t> m_WantedIds;
 	tsl::robin_set<uint64_t, IdHash> m_IgnoredIds;
 

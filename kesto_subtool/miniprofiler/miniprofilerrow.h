@@ -100,7 +100,6 @@ public:
 
 	CQMiniProfilerRecord *m_pStaticParent = nullptr; // from the name stream
 	CQMiniProfilerRecord *m_pCaller = nullptr;       // from the latest interval that had one
-	uint64_t m_nCallerId = 0;                        // of m_pCaller; 0 without one
 	CMiniProfilerGroup *m_pGroup = nullptr;
 
 private:

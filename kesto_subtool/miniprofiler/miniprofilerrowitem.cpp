@@ -42,8 +42,10 @@ QVariant CQMiniProfilerRowItem::data( int nColumn, int nRole ) const
 
 bool CQMiniProfilerRowItem::operator<( const QTreeWidgetItem &other ) const
 {
-	const CMiniProfilerRow &otherRow = RowOf( other );
 	const auto *pTree = static_cast<const CQMiniProfilerTreeWidget *>( treeWidget() );
+	if ( pTree && pTree->SortsByKeys() )
+		return m_flSortKey < static_cast<const CQMiniProfilerRowItem &>( other ).m_flSortKey;
+	const CMiniProfilerRow &otherRow = RowOf( other );
 	const int nColumn = pTree ? pTree->sortColumn() : MINIPROFILER_NAME;
 	if ( nColumn <= MINIPROFILER_NAME || nColumn >= static_cast<int>( MINIPROFILER_COLUMNS ) )
 		return m_Row.Name() < otherRow.Name();

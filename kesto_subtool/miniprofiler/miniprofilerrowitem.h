@@ -21,11 +21,16 @@ public:
 	// By the tree's sort column: numbers by the array that the tree is sorted by, names as text.
 	bool operator<( const QTreeWidgetItem &other ) const override;
 
+	// While the tree sorts by keys, it is these that are compared: they lie in the items, and sorting a hundred
+	// thousand of them need not touch as many rows again and again.
+	void SetSortKey( float flKey ) { m_flSortKey = flKey; }
+
 	// The row's name has changed.
 	void NotifyRenamed() { emitDataChanged(); }
 
 private:
 	CMiniProfilerRow &m_Row;
+	float m_flSortKey = 0.0f;
 };
 
 // Every item of the mini-profiler's tree is one of these.

@@ -3,103 +3,132 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
 
 namespace
 {
-// Records are computed a few side by side: their samples lie side by side in memory, and the compiler makes vector
-// instructions of the inner loops.
-constexpr uint32_t LANES = 4;
-static_assert( CMiniProfilerHistory::BLOCK_RECORDS % LANES == 0 );
+// Two records are computed side by side, in vectors of the size that every x86-64 has.
+constexpr uint32_t LANES = 2;
+using Lanes = double __attribute__( ( vector_size( 16 ) ) );
+using Bits = uint64_t __attribute__( ( vector_size( 16 ) ) );
+using Mask = int64_t __attribute__( ( vector_size( 16 ) ) );
 
-using Lanes = std::array<double, LANES>;
-
-struct LaneSamples
+// The nearest doubles, as a conversion gives them, from operations that exist for vectors: each half of a number
+// becomes the mantissa of a double with a fixed exponent, and one rounding happens in the last addition.
+inline Lanes ToDouble( const uint64_t *pValues )
 {
-	std::array<Lanes, CMiniProfilerHistory::CAPACITY> m_Ticks;
-	std::array<Lanes, CMiniProfilerHistory::CAPACITY> m_Calls;
-	std::array<Lanes, CMiniProfilerHistory::CAPACITY> m_PerCall;
+	constexpr uint64_t LOW_EXPONENT = 0x4330000000000000;  // 2^52
+	constexpr uint64_t HIGH_EXPONENT = 0x4530000000000000; // 2^84
+	constexpr double BOTH = 0x1p84 + 0x1p52;
+	Bits values;
+	std::memcpy( &values, pValues, sizeof( values ) );
+	const auto low = std::bit_cast<Lanes>( ( values & 0xFFFFFFFF ) | LOW_EXPONENT );
+	const auto high = std::bit_cast<Lanes>( ( values >> 32 ) | HIGH_EXPONENT );
+	return ( high - BOTH ) + low;
+}
+
+inline Lanes Larger( Lanes a, Lanes b )
+{
+	return a > b ? a : b;
+}
+
+inline Lanes Where( Mask mask, Lanes values ) // 0 elsewhere
+{
+	return std::bit_cast<Lanes>( std::bit_cast<Mask>( values ) & mask );
+}
+
+// Sums of one statistic's distances from a pivot, which is one of its samples: a single pass then gives the deviation
+// as exactly as two passes do, since squares around a sample are at most as many times larger than those around the
+// mean as there are samples.
+struct PivotSums
+{
+	Lanes m_Pivot{};
+	Lanes m_Sum{};
+	Lanes m_Squares{};
+
+	void Add( Lanes values, Mask taken )
+	{
+		const Lanes distances = Where( taken, values - m_Pivot );
+		m_Sum += distances;
+		m_Squares += distances * distances;
+	}
+
+	// Of the samples from the given mean, which need not be their own.
+	double Deviation( uint32_t nLane, double flSamples, double flMean ) const
+	{
+		if ( flSamples == 0.0 )
+			return 0.0;
+		const double flOwnMean = m_Sum[nLane] / flSamples; // from the pivot
+		const double flVariance = std::max( m_Squares[nLane] / flSamples - flOwnMean * flOwnMean, 0.0 );
+		const double flShift = flMean - m_Pivot[nLane] - flOwnMean;
+		return std::sqrt( flVariance + flShift * flShift );
+	}
 };
 
-struct LaneTotals
+struct LaneSums
 {
 	Lanes m_Ticks{};
 	Lanes m_Calls{};
 	Lanes m_PeakTicks{};
 	Lanes m_PeakCalls{};
 	Lanes m_PeakPerCall{};
+	PivotSums m_TickDistances;
+	PivotSums m_CallDistances;
+	PivotSums m_PerCallDistances; // of samples with calls
+	Lanes m_CallSamples{};        // how many these are
 };
 
-struct LaneDeviations // sums of squares, and over how many samples the one per call goes
+struct LaneReader
 {
-	Lanes m_Ticks{};
-	Lanes m_Calls{};
-	Lanes m_PerCall{};
-	Lanes m_CallSamples{};
+	const CMiniProfilerHistory &m_History;
+	const CMiniProfilerHistory::Block &m_Block;
+	uint32_t m_nLane; // in the block
+
+	const CMiniProfilerHistory::Row &RowAt( uint32_t nAge ) const { return m_Block.m_Rows[m_History.Slot( nAge )]; }
+	Lanes Ticks( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Ticks[m_nLane] ); }
+	Lanes Calls( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Calls[m_nLane] ); }
+	Lanes PerCall( uint32_t nAge ) const { return Ticks( nAge ) / Larger( Calls( nAge ), Lanes{ 1.0, 1.0 } ); }
 };
 
-// The nearest double, as a conversion gives it, from operations that exist for vectors: each half of the number becomes
-// the mantissa of a double with a fixed exponent, and one rounding happens in the last addition.
-double ToDouble( uint64_t nValue )
+// The newest sample; per call the newest one that has calls.
+void ChoosePivots( const LaneReader &reader, uint32_t nSamples, LaneSums &sums )
 {
-	constexpr uint64_t LOW_EXPONENT = 0x4330000000000000;  // 2^52
-	constexpr uint64_t HIGH_EXPONENT = 0x4530000000000000; // 2^84
-	constexpr double BOTH = 0x1p84 + 0x1p52;
-	const double flLow = std::bit_cast<double>( ( nValue & 0xFFFFFFFF ) | LOW_EXPONENT );
-	const double flHigh = std::bit_cast<double>( ( nValue >> 32 ) | HIGH_EXPONENT );
-	return ( flHigh - BOTH ) + flLow;
+	sums.m_TickDistances.m_Pivot = reader.Ticks( 0 );
+	sums.m_CallDistances.m_Pivot = reader.Calls( 0 );
+	for ( uint32_t j = 0; j < LANES; j++ )
+	{
+		uint32_t nAge = 0;
+		while ( nAge + 1 < nSamples && reader.RowAt( nAge ).m_Calls[reader.m_nLane + j] == 0 )
+			nAge++;
+		sums.m_PerCallDistances.m_Pivot[j] = reader.PerCall( nAge )[j];
+	}
 }
 
-// Slots that a young record has not reached hold 0 and change neither sums nor peaks.
-LaneTotals ReadLanes(
-	const CMiniProfilerHistory &history, uint32_t nFirstRecord, uint32_t nSamples, LaneSamples &samples )
+// Slots that a young record has not reached hold 0: they change no sum and no peak, but have no distance either.
+void SumLanes( const LaneReader &reader, uint32_t nSamples, Lanes counts, LaneSums &sums )
 {
-	const CMiniProfilerHistory::Block &block = history.BlockAt( nFirstRecord / CMiniProfilerHistory::BLOCK_RECORDS );
-	const uint32_t nLane = nFirstRecord % CMiniProfilerHistory::BLOCK_RECORDS;
-	LaneTotals totals;
+	ChoosePivots( reader, nSamples, sums );
+	LaneSums local = sums; // whose parts may live in registers
+	Lanes age{};
 	for ( uint32_t i = 0; i < nSamples; i++ )
 	{
-		const uint32_t nSlot = history.Slot( i );
-		const uint64_t *pTicks = &block.m_Ticks[nSlot][nLane];
-		const uint64_t *pCalls = &block.m_Calls[nSlot][nLane];
-		for ( uint32_t j = 0; j < LANES; j++ )
-		{
-			const double flTicks = ToDouble( pTicks[j] );
-			const double flCalls = ToDouble( pCalls[j] );
-			const double flPerCall = flTicks / std::max( flCalls, 1.0 );
-			totals.m_Ticks[j] += flTicks;
-			totals.m_Calls[j] += flCalls;
-			totals.m_PeakTicks[j] = std::max( totals.m_PeakTicks[j], flTicks );
-			totals.m_PeakCalls[j] = std::max( totals.m_PeakCalls[j], flCalls );
-			totals.m_PeakPerCall[j] = std::max( totals.m_PeakPerCall[j], flPerCall );
-			samples.m_Ticks[i][j] = flTicks;
-			samples.m_Calls[i][j] = flCalls;
-			samples.m_PerCall[i][j] = flPerCall;
-		}
+		const Lanes ticks = reader.Ticks( i );
+		const Lanes calls = reader.Calls( i );
+		const Lanes perCall = ticks / Larger( calls, Lanes{ 1.0, 1.0 } );
+		const Mask taken = age < counts;
+		const Mask called = calls != 0.0;
+		local.m_Ticks += ticks;
+		local.m_Calls += calls;
+		local.m_PeakTicks = Larger( ticks, local.m_PeakTicks );
+		local.m_PeakCalls = Larger( calls, local.m_PeakCalls );
+		local.m_PeakPerCall = Larger( perCall, local.m_PeakPerCall );
+		local.m_TickDistances.Add( ticks, taken );
+		local.m_CallDistances.Add( calls, taken );
+		local.m_PerCallDistances.Add( perCall, called );
+		local.m_CallSamples += Where( called, Lanes{ 1.0, 1.0 } );
+		age += 1.0;
 	}
-	return totals;
-}
-
-LaneDeviations SumDeviations( const LaneSamples &samples, uint32_t nSamples, const Lanes &counts,
-	const LaneDeviations &means ) // the means stand where their sums will
-{
-	LaneDeviations sums;
-	for ( uint32_t i = 0; i < nSamples; i++ )
-	{
-		const double flAge = i;
-		for ( uint32_t j = 0; j < LANES; j++ )
-		{
-			const double flTaken = flAge < counts[j] ? 1.0 : 0.0;
-			const double flCalled = samples.m_Calls[i][j] != 0.0 ? 1.0 : 0.0;
-			const double flTicks = ( samples.m_Ticks[i][j] - means.m_Ticks[j] ) * flTaken;
-			const double flCalls = ( samples.m_Calls[i][j] - means.m_Calls[j] ) * flTaken;
-			const double flPerCall = ( samples.m_PerCall[i][j] - means.m_PerCall[j] ) * flCalled;
-			sums.m_Ticks[j] += flTicks * flTicks;
-			sums.m_Calls[j] += flCalls * flCalls;
-			sums.m_PerCall[j] += flPerCall * flPerCall;
-			sums.m_CallSamples[j] += flCalled;
-		}
-	}
-	return sums;
+	sums = local;
 }
 
 MiniProfilerArray MakeArray( double flCalls, double flInclusive, double flInclusiveCall )
@@ -108,44 +137,47 @@ MiniProfilerArray MakeArray( double flCalls, double flInclusive, double flInclus
 		static_cast<float>( flInclusiveCall ), 0.0f };
 }
 
+void StoreStatistics( CQMiniProfilerRecord &record, const LaneReader &reader, uint32_t nLane, const LaneSums &sums,
+	double flCount, bool bPeaks )
+{
+	const double flTicks = sums.m_Ticks[nLane];
+	const double flCalls = sums.m_Calls[nLane];
+	const double flMeanTicks = flTicks / flCount;
+	const double flMeanCalls = flCalls / flCount;
+	const double flPerCall = flTicks / std::max( flCalls, 1.0 );
+	record.m_Cur = MakeArray( reader.Calls( 0 )[nLane], reader.Ticks( 0 )[nLane], reader.PerCall( 0 )[nLane] );
+	record.m_Peaks = bPeaks ? MakeArray( sums.m_PeakCalls[nLane], sums.m_PeakTicks[nLane], sums.m_PeakPerCall[nLane] )
+							: record.m_Cur;
+	record.SetFlag( MINIPROFILER_ROW_IDLE, flCalls == 0.0 && flTicks == 0.0 );
+	record.m_Ave = MakeArray( flMeanCalls, flMeanTicks, flPerCall );
+	if ( flCount >= 2.0 )
+		record.m_StDev = MakeArray( sums.m_CallDistances.Deviation( nLane, flCount, flMeanCalls ),
+			sums.m_TickDistances.Deviation( nLane, flCount, flMeanTicks ),
+			sums.m_PerCallDistances.Deviation( nLane, sums.m_CallSamples[nLane], flPerCall ) );
+}
+
 void ComputeLanes( const CMiniProfilerHistory &history, std::span<const std::unique_ptr<CQMiniProfilerRecord>> records,
 	uint32_t nFirst, bool bPeaks )
 {
 	const uint32_t nRecords = std::min( LANES, static_cast<uint32_t>( records.size() ) - nFirst );
 	Lanes counts{};
+	uint32_t nSamples = 0;
 	for ( uint32_t j = 0; j < nRecords; j++ )
+	{
 		counts[j] = history.Count( nFirst + j );
-	const auto nSamples = static_cast<uint32_t>( *std::max_element( counts.begin(), counts.end() ) );
-
-	LaneSamples samples;
-	const LaneTotals totals = ReadLanes( history, nFirst, nSamples, samples );
-	LaneDeviations means;
-	for ( uint32_t j = 0; j < LANES; j++ )
-	{
-		const double flCount = std::max( counts[j], 1.0 );
-		means.m_Ticks[j] = totals.m_Ticks[j] / flCount;
-		means.m_Calls[j] = totals.m_Calls[j] / flCount;
-		means.m_PerCall[j] = totals.m_Ticks[j] / std::max( totals.m_Calls[j], 1.0 );
+		nSamples = std::max( nSamples, history.Count( nFirst + j ) );
 	}
-	const LaneDeviations sums = SumDeviations( samples, nSamples, counts, means );
+	if ( nSamples == 0 )
+		return;
 
+	constexpr uint32_t BLOCK_RECORDS = CMiniProfilerHistory::BLOCK_RECORDS;
+	static_assert( BLOCK_RECORDS % LANES == 0 );
+	const LaneReader reader{ history, history.BlockAt( nFirst / BLOCK_RECORDS ), nFirst % BLOCK_RECORDS };
+	LaneSums sums;
+	SumLanes( reader, nSamples, counts, sums );
 	for ( uint32_t j = 0; j < nRecords; j++ )
-	{
-		if ( counts[j] == 0.0 )
-			continue;
-		CQMiniProfilerRecord &record = *records[nFirst + j];
-		record.m_Cur = MakeArray( samples.m_Calls[0][j], samples.m_Ticks[0][j], samples.m_PerCall[0][j] );
-		record.m_Peaks =
-			bPeaks ? MakeArray( totals.m_PeakCalls[j], totals.m_PeakTicks[j], totals.m_PeakPerCall[j] ) : record.m_Cur;
-		record.SetFlag( MINIPROFILER_ROW_IDLE, totals.m_Calls[j] == 0.0 && totals.m_Ticks[j] == 0.0 );
-		record.m_Ave = MakeArray( means.m_Calls[j], means.m_Ticks[j], means.m_PerCall[j] );
-		if ( counts[j] >= 2.0 )
-		{
-			const double flCallSamples = std::max( sums.m_CallSamples[j], 1.0 );
-			record.m_StDev = MakeArray( std::sqrt( sums.m_Calls[j] / counts[j] ),
-				std::sqrt( sums.m_Ticks[j] / counts[j] ), std::sqrt( sums.m_PerCall[j] / flCallSamples ) );
-		}
-	}
+		if ( counts[j] > 0.0 )
+			StoreStatistics( *records[nFirst + j], reader, j, sums, counts[j], bPeaks );
 }
 } // namespace
 

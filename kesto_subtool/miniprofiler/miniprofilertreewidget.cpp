@@ -133,13 +133,27 @@ bool CQMiniProfilerTreeWidget::IsInOrder( const QTreeWidgetItem &parent, bool bA
 	return true;
 }
 
+void CQMiniProfilerTreeWidget::SetSortKeys( const QTreeWidgetItem &parent, size_t nColumn ) const
+{
+	for ( int i = 0; i < parent.childCount(); i++ )
+	{
+		auto &child = static_cast<CQMiniProfilerRowItem &>( *parent.child( i ) );
+		child.SetSortKey( child.Row().Array( m_SortArray )[nColumn] );
+		SetSortKeys( child, nColumn );
+	}
+}
+
 void CQMiniProfilerTreeWidget::RestoreOrder()
 {
 	if ( !isSortingEnabled() )
 		return;
+	m_bSortsByKeys = sortColumn() > MINIPROFILER_NAME;
+	if ( m_bSortsByKeys )
+		SetSortKeys( *invisibleRootItem(), static_cast<size_t>( sortColumn() ) );
 	const Qt::SortOrder order = header()->sortIndicatorOrder();
 	if ( !IsInOrder( *invisibleRootItem(), order == Qt::AscendingOrder ) )
 		model()->sort( sortColumn(), order );
+	m_bSortsByKeys = false;
 }
 
 std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::VisibleRows() const

@@ -24,6 +24,7 @@ public:
 
 	MiniProfilerSortArray SortArray() const { return m_SortArray; }
 	void SetSortArray( MiniProfilerSortArray array ) { m_SortArray = array; }
+	bool SortsByKeys() const { return m_bSortsByKeys; } // the items' keys are up to date
 
 	// Sets the header labels that differ; the user's column widths stay.
 	void SetHeaderTexts( const QStringList &texts );
@@ -82,10 +83,12 @@ private:
 	static void DeleteItems( const std::vector<std::unique_ptr<CMiniProfilerGroup>> &groups );
 	QItemSelection SelectionOf( const std::vector<CMiniProfilerRow *> &rows ) const;
 	bool IsInOrder( const QTreeWidgetItem &parent, bool bAscending ) const;
+	void SetSortKeys( const QTreeWidgetItem &parent, size_t nColumn ) const;
 	void FitNames();
 
 	QMenu *m_pContextMenu = nullptr;
 	MiniProfilerSortArray m_SortArray = MiniProfilerSortArray::Ave;
+	bool m_bSortsByKeys = false;
 	int m_nLongName = 0;        // pixels that names get at least
 	bool m_bUserWidths = false; // a column's width was set by the user
 	bool m_bFitting = false;    // and now it is not the user who sets it
