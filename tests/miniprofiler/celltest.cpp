@@ -77,6 +77,14 @@ TEST_F( MiniProfilerCell, ThePeakIsATriangleThatPointsLeft )
 	EXPECT_THAT( *Layout().m_Peak, ElementsAre( QPoint( 181, 42 ), QPoint( 181, 55 ), QPoint( 176, 48 ) ) );
 }
 
+TEST_F( MiniProfilerCell, AFullBarLeavesRoomForThePeaks )
+{
+	m_Record.m_Cur[2] = m_Display.m_BarMaxima[2];
+	EXPECT_EQ( Layout().m_Bar->m_Rect.right(), 21 + 200 );
+	m_Display.m_bDrawPeaks = false;
+	EXPECT_EQ( Layout().m_Bar->m_Rect.right(), 21 + 207 );
+}
+
 TEST_F( MiniProfilerCell, WithoutPeaksTheBarsReachFurther )
 {
 	m_Display.m_bDrawPeaks = false;

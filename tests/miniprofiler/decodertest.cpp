@@ -21,6 +21,11 @@ void *operator new( size_t nBytes )
 		return pBlock;
 	throw std::bad_alloc();
 }
+void *operator new( size_t nBytes, const std::nothrow_t & ) noexcept
+{
+	g_nAllocations++;
+	return std::malloc( nBytes );
+}
 void operator delete( void *pBlock ) noexcept
 {
 	std::free( pBlock );
