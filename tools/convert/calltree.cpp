@@ -6,6 +6,12 @@ int32_t CCallTree::Child( int32_t nParent, uint32_t nName )
 {
 	if ( nParent == NONE )
 		return NONE;
+	// A first child is found without the index, which so stays small where most nodes have only one.
+	const int32_t nFirst = Get( nParent ).m_nFirstChild;
+	if ( nFirst != NONE && Get( nFirst ).m_nName == nName )
+		return nFirst;
+	if ( nFirst == NONE )
+		return IsFull() ? NONE : AddChild( nParent, nName );
 	const uint64_t nKey = CPairIndex::Key( static_cast<uint32_t>( nParent ), nName );
 	const uint32_t nFound = m_Index.Find( nKey );
 	if ( nFound != CPairIndex::EMPTY )

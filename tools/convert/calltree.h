@@ -38,7 +38,7 @@ public:
 
 private:
 	std::vector<Node> m_Nodes{ Node{} };
-	CPairIndex m_Index;
+	CPairIndex m_Index; // of all children but the first ones
 };
 
 // What a frame says of a node.

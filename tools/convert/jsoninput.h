@@ -21,8 +21,8 @@ public:
 		Follow();
 	}
 
-	Ch Peek() const { return *m_pNext; } // 0 at the end
-	Ch Take()
+	[[gnu::always_inline]] Ch Peek() const { return *m_pNext; } // 0 at the end
+	[[gnu::always_inline]] Ch Take()
 	{
 		const char c = *m_pNext;
 		if ( ++m_pNext >= m_pEnd ) [[unlikely]]
@@ -67,7 +67,7 @@ private:
 		m_pNext = m_pInput->Window().data();
 		m_pEnd = m_pNext + m_pInput->Window().size();
 	}
-	void Refill()
+	[[gnu::noinline]] void Refill()
 	{
 		m_pInput->Skip( m_pInput->Window().size() );
 		Follow();

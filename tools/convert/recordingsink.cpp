@@ -1,7 +1,6 @@
 #include "tools/convert/recordingsink.h"
 
 #include <algorithm>
-#include <numeric>
 
 #include "tools/convert/text.h"
 
@@ -70,17 +69,20 @@ void CRecordingSink::DefineNodes( const CCallTree &tree )
 	if ( nFirst == tree.Count() )
 		return;
 	m_Links.resize( static_cast<size_t>( tree.Count() ) );
-	std::vector<int32_t> added( static_cast<size_t>( tree.Count() - nFirst ) );
-	std::iota( added.begin(), added.end(), nFirst );
-	std::sort( added.begin(), added.end(),
-		[&]( int32_t a, int32_t b )
-		{
-			const int32_t nParentA = tree.Get( a ).m_nParent;
-			const int32_t nParentB = tree.Get( b ).m_nParent;
-			return nParentA != nParentB ? nParentA < nParentB : a > b;
-		} );
-	for ( const int32_t nNode : added )
-		DefineNode( tree, nNode );
+	// For each parent its new children, the last one first.
+	std::vector<Link> added( static_cast<size_t>( tree.Count() ) );
+	for ( int32_t nNode = std::max( nFirst, CCallTree::ROOT + 1 ); nNode < tree.Count(); nNode++ )
+	{
+		Link &parent = added[static_cast<size_t>( tree.Get( nNode ).m_nParent )];
+		added[static_cast<size_t>( nNode )].m_nNextSibling = parent.m_nFirstChild;
+		parent.m_nFirstChild = nNode;
+	}
+	if ( nFirst == CCallTree::ROOT )
+		DefineNode( tree, CCallTree::ROOT );
+	for ( const Link &parent : added )
+		for ( int32_t nNode = parent.m_nFirstChild; nNode != CCallTree::NONE;
+			  nNode = added[static_cast<size_t>( nNode )].m_nNextSibling )
+			DefineNode( tree, nNode );
 	CollectOrder( tree );
 }
 

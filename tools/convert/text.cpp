@@ -88,6 +88,9 @@ std::string_view CutUtf8( std::string_view text, size_t nBytes )
 
 std::string ToLatin1( std::string_view utf8, bool &bReplaced )
 {
+	const auto isPlain = []( char c ) { return static_cast<signed char>( c ) > 0; }; // most names are ASCII as a whole
+	if ( std::all_of( utf8.begin(), utf8.end(), isPlain ) )
+		return std::string( utf8 );
 	std::string result;
 	while ( !utf8.empty() )
 	{
