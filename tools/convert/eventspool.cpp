@@ -29,6 +29,8 @@ bool CEventSpool::Add( const TraceEvent &event )
 {
 	if ( m_Events.size() == m_nRunEvents && !WriteRun() )
 		return false;
+	if ( m_Events.capacity() == 0 )
+		m_Events.reserve( m_nRunEvents ); // takes memory only where it is written to, and is never copied
 	m_bSorted = m_bSorted && ( m_Events.empty() || m_Events.back().m_nTime <= event.m_nTime );
 	m_Events.push_back( event );
 	m_nCount++;

@@ -93,3 +93,11 @@ struct rapidjson::StreamTraits<convert::CJsonInput>
 		copyOptimization = 1
 	};
 };
+
+// Copying the stream and taking it back costs more than there usually is to skip.
+template <>
+inline void rapidjson::SkipWhitespace( convert::CJsonInput &input )
+{
+	for ( char c = input.Peek(); c == ' ' || c == '\n' || c == '\r' || c == '\t'; c = input.Peek() )
+		input.Take();
+}
