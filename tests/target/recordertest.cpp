@@ -263,24 +263,25 @@ TEST_F( Recorder, APieceThatDoesNotFitIsCutOff )
 {
 	rlimit before{};
 	ASSERT_EQ( getrlimit( RLIMIT_FSIZE, &before ), 0 );
-	const rlimit small{ 5000, before.rlim_max };
-	ASSERT_EQ( setrlimit( RLIMIT_FSIZE, &small ), 0 );
-	Record( MakeRecording() );
-	uint64_t nFrames = 0;
-	WaitUntil(
-		[&]
-		{
-			RunFrame( 1 );
-			nFrames++;
-			return !GetRecordingState().m_bRunning;
-		} );
-	setrlimit( RLIMIT_FSIZE, &before );
-	EXPECT_TRUE( WaitForLog( "it cannot be written (File too large)" ) );
-	const CRecordingFileOfTest file = Read(); // to its last byte
-	EXPECT_GT( file.FrameCount(), 0 );
-	EXPECT_LE( file.FrameCount(), static_cast<int>( nFrames ) );
-	EXPECT_EQ( GetRecordingState().m_nFrames, static_cast<uint64_t>( file.FrameCount() ) );
-	EXPECT_GT( GetRecordingState().m_nDropped, 0u );
+	for ( const rlim_t nLimit : { rlim_t{ 5000 }, rlim_t{ 5001 } } ) // not both are where a frame ends
+	{
+		const rlimit small{ nLimit, before.rlim_max };
+		ASSERT_EQ( setrlimit( RLIMIT_FSIZE, &small ), 0 );
+		Record( MakeRecording() );
+		WaitUntil(
+			[]
+			{
+				RunFrame( 1 );
+				return !GetRecordingState().m_bRunning;
+			} );
+		setrlimit( RLIMIT_FSIZE, &before );
+		EXPECT_TRUE( WaitForLog( "it cannot be written (File too large)" ) );
+		const CRecordingFileOfTest file = Read(); // to its last byte
+		EXPECT_GT( file.FrameCount(), 0 );
+		EXPECT_EQ( GetRecordingState().m_nFrames, static_cast<uint64_t>( file.FrameCount() ) );
+		EXPECT_EQ( GetRecordingState().m_nBytes, std::filesystem::file_size( m_File ) );
+		EXPECT_GT( GetRecordingState().m_nDropped, 0u );
+	}
 }
 
 TEST_F( Recorder, AFileThatAnotherRecordingWritesIsLeftAlone )

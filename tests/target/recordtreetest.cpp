@@ -393,6 +393,21 @@ TEST_F( RecordTree, ThreadsMayTakeTheFramesFromEachOtherWhileAllAreBusy )
 		EXPECT_THAT( path, testing::MatchesRegex( "Frame(/(First|Second)(/Middle(/Leaf)?)?)?" ) );
 }
 
+// The thread that ends frames may still be writing one when the recording that it was for is over.
+TEST_F( RecordTree, AFrameOfAnEarlierRecordingIsLeftOut )
+{
+	showbudget::CRecordTree &tree = showbudget::g_Engine.m_RecordTree;
+	constexpr size_t BYTES = sizeof( showbudget::RecordFrameHeader ) + sizeof( showbudget::RecordEntry );
+	uint8_t *pLate = tree.Queue().Reserve( BYTES );
+	ASSERT_NE( pLate, nullptr );
+	*reinterpret_cast<showbudget::RecordFrameHeader *>( pLate ) = { 1, 2, 0, 0, 1, 0 };
+	*reinterpret_cast<showbudget::RecordEntry *>( pLate + sizeof( showbudget::RecordFrameHeader ) ) = { 0, 77, 1 };
+	tree.Queue().Commit( BYTES );
+	Leaf();
+	EndFrame();
+	EXPECT_THAT( Stop().Calls(), UnorderedElementsAre( Pair( "Frame", 1 ), Pair( "Frame/Leaf", 1 ) ) );
+}
+
 TEST_F( RecordTree, AConsoleSeesTheSameWhileARecordingRuns )
 {
 	showbudget::Settings settings;
