@@ -71,13 +71,13 @@ RecordedNode DescribeNode( uint32_t nNode )
 		uint32_t{ budget.m_nRed } << 16 | uint32_t{ budget.m_nGreen } << 8 | uint32_t{ budget.m_nBlue } };
 }
 
-std::mutex g_Mutex; // of the two below; never held while anything is waited for
+std::mutex g_RecordingMutex; // of the two below; never held while anything is waited for
 std::shared_ptr<CRecording> g_pRecording;
 uint32_t g_nSessions = 0;
 
 std::shared_ptr<CRecording> CurrentRecording()
 {
-	std::lock_guard lock( g_Mutex );
+	std::lock_guard lock( g_RecordingMutex );
 	return g_pRecording;
 }
 } // namespace
@@ -321,7 +321,7 @@ bool BeginRecording( RecordingOptions options, bool bWait )
 	ChooseClock( Clock::Best );
 	std::shared_ptr<CRecording> pRecording;
 	{
-		std::lock_guard lock( g_Mutex );
+		std::lock_guard lock( g_RecordingMutex );
 		if ( !g_pRecording || g_pRecording->IsEnded() )
 		{
 			pRecording = std::make_shared<CRecording>( std::move( options ), ++g_nSessions );
@@ -354,7 +354,7 @@ void EndRecording( bool bWait )
 void ForgetRecording()
 {
 	// Its locks may be held by threads that the child does not have, so it cannot be ended, only left alone.
-	new ( &g_Mutex ) std::mutex;
+	new ( &g_RecordingMutex ) std::mutex;
 	new ( &g_pRecording ) std::shared_ptr<CRecording>;
 }
 
