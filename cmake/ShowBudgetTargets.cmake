@@ -32,7 +32,8 @@ function( showbudget_test name )
 	showbudget_compile_as_test( ${name} )
 	if( SHOWBUDGET_JOIN_TESTS )
 		set_target_properties( ${name} PROPERTIES UNITY_BUILD ON )
-		target_compile_options( ${name} PRIVATE -Wno-shadow )
+		# A file-local name is no matter to another file, nor to a type of the same file.
+		target_compile_options( ${name} PRIVATE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> )
 	endif()
 	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
 		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" )
