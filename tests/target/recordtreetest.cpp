@@ -18,7 +18,7 @@ using testing::Pair;
 using testing::UnorderedElementsAre;
 using Figures = CRecordingFileOfTest::Figures;
 
-SHOWBUDGET_BUDGET( g_Budget, "Recording test", 0x12, 0x34, 0x56 );
+SHOWBUDGET_BUDGET( g_TreeBudget, "Recording test", 0x12, 0x34, 0x56 );
 
 // Recordings work without a session, so there is none here.
 class RecordTree : public testing::Test
@@ -53,22 +53,22 @@ protected:
 
 void Leaf()
 {
-	SHOWBUDGET_SCOPE( g_Budget, "Leaf" );
+	SHOWBUDGET_SCOPE( g_TreeBudget, "Leaf" );
 }
 void Middle( int nLeaves )
 {
-	SHOWBUDGET_SCOPE( g_Budget, "Middle" );
+	SHOWBUDGET_SCOPE( g_TreeBudget, "Middle" );
 	for ( int i = 0; i < nLeaves; i++ )
 		Leaf();
 }
 void First( int nLeaves )
 {
-	SHOWBUDGET_SCOPE( g_Budget, "First" );
+	SHOWBUDGET_SCOPE( g_TreeBudget, "First" );
 	Middle( nLeaves );
 }
 void Second( int nLeaves )
 {
-	SHOWBUDGET_SCOPE( g_Budget, "Second" );
+	SHOWBUDGET_SCOPE( g_TreeBudget, "Second" );
 	Middle( nLeaves );
 }
 
@@ -102,16 +102,16 @@ TEST_F( RecordTree, ScopesThatRanFirstComeFirst )
 {
 	for ( int nFrame = 0; nFrame < 2; nFrame++ )
 	{
-		SHOWBUDGET_SCOPE( g_Budget, "In order" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "In order" );
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "1" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "1" );
 		}
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "2" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "2" );
 			Leaf();
 		}
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "3" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "3" );
 		}
 		EndFrame();
 	}
@@ -123,13 +123,13 @@ TEST_F( RecordTree, TimesAreInclusiveAndChildrenFitIntoTheirParents )
 	std::vector<uint64_t> atLeast;
 	for ( int i = 0; i < 50; i++ )
 	{
-		SHOWBUDGET_SCOPE( g_Budget, "Around" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Around" );
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "Busy A" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "Busy A" );
 			atLeast.push_back( BeBusy( 37 ) );
 		}
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "Busy B" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "Busy B" );
 			BeBusy( 3 );
 		}
 		EndFrame();
@@ -156,8 +156,8 @@ TEST_F( RecordTree, TimesAreInclusiveAndChildrenFitIntoTheirParents )
 TEST_F( RecordTree, AScopeThatIsOpenWhenTheFrameEndsIsSplit )
 {
 	{
-		SHOWBUDGET_SCOPE( g_Budget, "Open" );
-		SHOWBUDGET_SCOPE( g_Budget, "Open inside" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Open" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Open inside" );
 		BeBusy( 100 );
 		EndFrame();
 		BeBusy( 200 );
@@ -175,10 +175,10 @@ TEST_F( RecordTree, AScopeThatWasOpenBeforeTheRecordingHasItsPath )
 {
 	Stop();
 	{
-		SHOWBUDGET_SCOPE( g_Budget, "Not measured" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Not measured" );
 		Start();
-		SHOWBUDGET_SCOPE( g_Budget, "Open one" );
-		SHOWBUDGET_SCOPE( g_Budget, "Open two" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Open one" );
+		SHOWBUDGET_SCOPE( g_TreeBudget, "Open two" );
 		Stop();
 		Start();
 		Leaf();
@@ -195,7 +195,7 @@ TEST_F( RecordTree, RecursionCountsCallsOfTheOuterScope )
 	{
 		static void Recurse( int nDepth )
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "Recursive" );
+			SHOWBUDGET_SCOPE( g_TreeBudget, "Recursive" );
 			Leaf();
 			if ( nDepth > 0 )
 				Recurse( nDepth - 1 );
@@ -240,7 +240,7 @@ std::deque<showbudget::detail::CSite> &SomeSites()
 	for ( int i = 0; s_Sites.size() < 600; i++ )
 	{
 		s_Names.push_back( "s" + std::to_string( i ) );
-		s_Sites.emplace_back( s_Names.back().c_str(), "", "", 0u, &g_Budget, "" );
+		s_Sites.emplace_back( s_Names.back().c_str(), "", "", 0u, &g_TreeBudget, "" );
 	}
 	return s_Sites;
 }
