@@ -31,7 +31,7 @@ function( showbudget_test name )
 	endif()
 	showbudget_compile_as_test( ${name} )
 	if( SHOWBUDGET_JOIN_TESTS )
-		set_target_properties( ${name} PROPERTIES UNITY_BUILD ON )
+		set_target_properties( ${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6 )
 		# A file-local name is no matter to another file, nor to a type of the same file.
 		target_compile_options( ${name} PRIVATE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> )
 	endif()

@@ -12,7 +12,7 @@
 
 namespace
 {
-constexpr int DEADLINE = 60000; // ms; only a fault reaches it
+constexpr int OUTPUT_DEADLINE = 60000; // ms; only a fault reaches it
 
 std::vector<char *> PointersTo( std::vector<std::string> &texts )
 {
@@ -59,7 +59,7 @@ CDemoProcess::~CDemoProcess()
 bool CDemoProcess::ReadSome()
 {
 	pollfd output{ m_nOutput, POLLIN, 0 };
-	if ( poll( &output, 1, DEADLINE ) <= 0 )
+	if ( poll( &output, 1, OUTPUT_DEADLINE ) <= 0 )
 	{
 		ADD_FAILURE() << "the demo engine prints nothing more after \"" << m_Output << '"';
 		return false;
