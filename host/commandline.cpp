@@ -4,11 +4,14 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include "displaytext.h"
+
 namespace
 {
 constexpr double MAX_AFTER = 86400.0;
 constexpr int MIN_PICTURE_SIDE = 100;
 constexpr int MAX_PICTURE_SIDE = 8192;
+constexpr int LONGEST_COMPLAINT = 1000; // characters
 const QString g_ShowBudget = QStringLiteral( "Show Budget" );
 
 const char *const g_pUsage =
@@ -95,9 +98,10 @@ private:
 	{
 		while ( text.endsWith( '.' ) )
 			text.chop( 1 );
-		text.replace( '\n', ' ' );
 		return { CommandLineResult::Kind::Wrong,
-			QStringLiteral( "tessel: %1 (tessel --help tells what there is)" ).arg( text ), {} };
+			QStringLiteral( "tessel: %1 (tessel --help tells what there is)" )
+				.arg( ToDisplayLine( text, LONGEST_COMPLAINT ) ),
+			{} };
 	}
 
 	// The first failure is the one that is told.
@@ -226,8 +230,8 @@ private:
 		bool bNumber = false;
 		m_Options.m_flScreenshotAfter = text.toDouble( &bNumber );
 		if ( !bNumber || !( m_Options.m_flScreenshotAfter >= 0.0 && m_Options.m_flScreenshotAfter <= MAX_AFTER ) )
-			Fail(
-				QStringLiteral( "--after: \"%1\" is no number of seconds from 0 to %2" ).arg( text ).arg( MAX_AFTER ) );
+			Fail( QStringLiteral( "--after: \"%1\" is no number of seconds from 0 to %2" )
+					  .arg( text, QString::number( MAX_AFTER ) ) );
 	}
 
 	void ReadSize( const QString &text )
@@ -240,9 +244,7 @@ private:
 		if ( size.width() < MIN_PICTURE_SIDE || size.height() < MIN_PICTURE_SIDE || size.width() > MAX_PICTURE_SIDE ||
 			 size.height() > MAX_PICTURE_SIDE )
 			Fail( QStringLiteral( "--size: \"%1\" is no WIDTHxHEIGHT from %2 to %3 each" )
-					  .arg( text )
-					  .arg( MIN_PICTURE_SIDE )
-					  .arg( MAX_PICTURE_SIDE ) );
+					  .arg( text, QString::number( MIN_PICTURE_SIDE ), QString::number( MAX_PICTURE_SIDE ) ) );
 		m_Options.m_ScreenshotSize = size;
 	}
 

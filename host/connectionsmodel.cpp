@@ -7,6 +7,7 @@
 #include <QPixmap>
 
 #include "connectionlist.h"
+#include "displaytext.h"
 #include "targetconnection.h"
 
 namespace
@@ -93,9 +94,8 @@ QVariant CConnectionsModel::data( const QModelIndex &index, int nRole ) const
 		return static_cast<int>( Qt::AlignRight | Qt::AlignVCenter );
 	if ( nRole == Qt::DecorationRole && index.column() == NameColumn )
 		return StateIcon( StateColour( connection ) );
-	// Tool tips guess whether they are markup, and a name or a reason from outside must never be.
 	if ( nRole == Qt::ToolTipRole && index.column() <= StateColumn )
-		return ( DisplayText( connection, index.column() ).toString() + DescribeRetry( connection ) ).toHtmlEscaped();
+		return ToToolTip( DisplayText( connection, index.column() ).toString() + DescribeRetry( connection ) );
 	return {};
 }
 

@@ -15,6 +15,7 @@ void OnKeel0Log( LoggingSeverity severity, const char *pText, void *pContext )
 CConsoleLog::CConsoleLog( CConsoleModel &model, QObject *pParent )
 	: QObject( pParent )
 	, m_Model( model )
+	, m_Waiting( model.LineLimit() )
 {
 	m_FlushTimer.setSingleShot( true );
 	m_FlushTimer.setInterval( FLUSH_INTERVAL_MS );
@@ -33,13 +34,9 @@ void CConsoleLog::Add( LoggingSeverity severity, const QString &source, const QS
 	bool bFirst = false;
 	{
 		std::lock_guard lock( m_Mutex );
-		bFirst = m_Waiting.empty();
-		for ( QString &line : SplitLines( text ) )
-			m_Waiting.push_back( { now, severity, source, std::move( line ) } );
-		// More than the model keeps need not wait: the oldest would never be seen.
-		const size_t nLimit = static_cast<size_t>( m_Model.LineLimit() );
-		if ( m_Waiting.size() > 2 * nLimit )
-			m_Waiting.erase( m_Waiting.begin(), m_Waiting.end() - static_cast<std::ptrdiff_t>( nLimit ) );
+		bFirst = m_Waiting.Count() == 0;
+		for ( const QString &line : SplitLines( text ) )
+			m_Waiting.Add( { now, severity, source, CutWithEllipsis( line, ConsoleLine::LONGEST_TEXT ) } );
 	}
 	if ( bFirst )
 		QMetaObject::invokeMethod( this, &CConsoleLog::ScheduleFlush, Qt::AutoConnection );
@@ -54,10 +51,10 @@ void CConsoleLog::ScheduleFlush()
 void CConsoleLog::Flush()
 {
 	m_FlushTimer.stop();
-	std::vector<ConsoleLine> lines;
+	CNewestLines lines( m_Model.LineLimit() );
 	{
 		std::lock_guard lock( m_Mutex );
-		lines.swap( m_Waiting );
+		std::swap( lines, m_Waiting );
 	}
 	m_Model.Append( std::move( lines ) );
 }

@@ -5,7 +5,6 @@
 #include <QTimer>
 
 #include <mutex>
-#include <vector>
 
 #include "consolemodel.h"
 
@@ -19,7 +18,8 @@ public:
 	explicit CConsoleLog( CConsoleModel &model, QObject *pParent = nullptr );
 	~CConsoleLog() override;
 
-	// Any thread. A text of several lines becomes as many lines; a text that only ends in a line feed is one.
+	// Any thread. A text of several lines becomes as many lines; a text that only ends in a line feed is one. What a
+	// line has beyond ConsoleLine::LONGEST_TEXT is cut off, with an ellipsis in its place.
 	void Add( LoggingSeverity severity, const QString &source, const QString &text );
 
 	// Puts everything that waits into the model now. User-interface thread.
@@ -31,5 +31,5 @@ private:
 	CConsoleModel &m_Model;
 	QTimer m_FlushTimer;
 	std::mutex m_Mutex;
-	std::vector<ConsoleLine> m_Waiting; // guarded by m_Mutex
+	CNewestLines m_Waiting; // guarded by m_Mutex
 };

@@ -5,46 +5,43 @@
 
 CConsoleModel::CConsoleModel( int nLineLimit, QObject *pParent )
 	: QAbstractTableModel( pParent )
-	, m_nLineLimit( nLineLimit )
+	, m_Lines( nLineLimit )
 {
 }
 
-void CConsoleModel::Append( std::vector<ConsoleLine> lines )
+void CConsoleModel::Append( CNewestLines lines )
 {
-	if ( lines.empty() )
+	lines.LimitAs( m_Lines );
+	if ( lines.Count() == 0 )
 		return;
-	const int nNew = std::min( static_cast<int>( lines.size() ), m_nLineLimit );
-	const int nOld = rowCount();
-	const int nExcess = std::max( 0, nOld + nNew - m_nLineLimit );
-	if ( nExcess > 0 )
+	if ( const int nGone = m_Lines.CountThatGoFor( lines ); nGone > 0 )
 	{
-		beginRemoveRows( {}, 0, nExcess - 1 );
-		m_Lines.erase( m_Lines.begin(), m_Lines.begin() + nExcess );
+		beginRemoveRows( {}, 0, nGone - 1 );
+		m_Lines.RemoveOldest( nGone );
 		endRemoveRows();
 	}
-	beginInsertRows( {}, nOld - nExcess, nOld - nExcess + nNew - 1 );
-	m_Lines.insert(
-		m_Lines.end(), std::make_move_iterator( lines.end() - nNew ), std::make_move_iterator( lines.end() ) );
+	beginInsertRows( {}, m_Lines.Count(), m_Lines.Count() + lines.Count() - 1 );
+	m_Lines.Append( std::move( lines ) );
 	endInsertRows();
 }
 
 void CConsoleModel::Clear()
 {
 	beginResetModel();
-	m_Lines.clear();
+	m_Lines.Clear();
 	endResetModel();
 }
 
 void CConsoleModel::SetDarkStyle( bool bDark )
 {
 	m_bDark = bDark;
-	if ( !m_Lines.empty() )
+	if ( m_Lines.Count() > 0 )
 		emit dataChanged( index( 0, 0 ), index( rowCount() - 1, ColumnCount - 1 ), { Qt::ForegroundRole } );
 }
 
 int CConsoleModel::rowCount( const QModelIndex &parent ) const
 {
-	return parent.isValid() ? 0 : static_cast<int>( m_Lines.size() );
+	return parent.isValid() ? 0 : m_Lines.Count();
 }
 
 int CConsoleModel::columnCount( const QModelIndex &parent ) const

@@ -3,22 +3,10 @@
 
 #include <QAbstractTableModel>
 #include <QSortFilterProxyModel>
-#include <QTime>
 
-#include <deque>
-#include <vector>
+#include "consolelines.h"
 
-#include "keel0/logging.h"
-
-struct ConsoleLine
-{
-	QTime m_Time;
-	LoggingSeverity m_Severity = LoggingSeverity::Message;
-	QString m_Source; // who said it: an engine's name, or empty for the console itself
-	QString m_Text;   // one line, as it came
-};
-
-// Keeps the newest lines up to a limit.
+// Keeps the newest lines up to the limits of CNewestLines.
 class CConsoleModel final : public QAbstractTableModel
 {
 	Q_OBJECT
@@ -41,12 +29,12 @@ public:
 
 	explicit CConsoleModel( int nLineLimit = LINE_LIMIT, QObject *pParent = nullptr );
 
-	// Adds the lines at the end in one step; the oldest ones beyond the limit go.
-	void Append( std::vector<ConsoleLine> lines );
+	// Adds the lines at the end in one step; the oldest ones for which there is no room go.
+	void Append( CNewestLines lines );
 	void Clear();
 
-	const ConsoleLine &Line( int nRow ) const { return m_Lines[static_cast<size_t>( nRow )]; }
-	int LineLimit() const { return m_nLineLimit; }
+	const ConsoleLine &Line( int nRow ) const { return m_Lines.At( nRow ); }
+	int LineLimit() const { return m_Lines.LineLimit(); }
 
 	// The colours of severities follow the style.
 	void SetDarkStyle( bool bDark );
@@ -57,8 +45,7 @@ public:
 	QVariant headerData( int nSection, Qt::Orientation orientation, int nRole ) const override;
 
 private:
-	std::deque<ConsoleLine> m_Lines;
-	int m_nLineLimit;
+	CNewestLines m_Lines;
 	bool m_bDark = false;
 };
 

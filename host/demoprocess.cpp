@@ -100,5 +100,5 @@ void CDemoProcess::OnFinished()
 	m_Patience.stop();
 	emit Failed( m_Process.exitStatus() == QProcess::CrashExit
 					 ? tr( "%1 was killed" ).arg( m_Program )
-					 : tr( "%1 ended with status %2" ).arg( m_Program ).arg( m_Process.exitCode() ) );
+					 : tr( "%1 ended with status %2" ).arg( m_Program, QString::number( m_Process.exitCode() ) ) );
 }

@@ -10,20 +10,23 @@ bool IsInvisibleControl( ushort nUnit )
 }
 } // namespace
 
+QString CutWithEllipsis( const QString &text, int nMaxLength )
+{
+	if ( text.size() <= nMaxLength )
+		return text;
+	int nKept = nMaxLength - 1;
+	// Half of a character outside the basic plane is no character.
+	if ( nKept > 0 && text.at( nKept - 1 ).isHighSurrogate() )
+		nKept--;
+	return text.left( nKept ) + QChar( 0x2026 );
+}
+
 QString ToDisplayLine( const QString &text, int nMaxLength )
 {
 	QString line;
 	line.reserve( qMin( text.size(), nMaxLength ) );
 	for ( const QChar character : text )
 	{
-		if ( line.size() >= nMaxLength )
-		{
-			line.truncate( nMaxLength - 1 );
-			// Half of a character outside the basic plane is no character.
-			if ( !line.isEmpty() && line.at( line.size() - 1 ).isHighSurrogate() )
-				line.chop( 1 );
-			return line + QChar( 0x2026 );
-		}
 		const ushort nUnit = character.unicode();
 		if ( nUnit == '\t' )
 			line += QLatin1String( "    " );
@@ -31,8 +34,15 @@ QString ToDisplayLine( const QString &text, int nMaxLength )
 			line += QChar( QChar::ReplacementCharacter );
 		else
 			line += character;
+		if ( line.size() > nMaxLength )
+			return CutWithEllipsis( line, nMaxLength );
 	}
 	return line;
+}
+
+QString ToToolTip( const QString &text )
+{
+	return QStringLiteral( "<span style=\"white-space:pre-wrap\">%1</span>" ).arg( text.toHtmlEscaped() );
 }
 
 QStringList SplitLines( const QString &text )

@@ -2,10 +2,16 @@
 
 #include <QFileInfo>
 
+#include "displaytext.h"
 #include "keel0/memalloc.h"
 
+namespace
+{
+constexpr int LONGEST_NAME = 255; // characters; no file system has longer ones
+} // namespace
+
 CRecordingConnection::CRecordingConnection( const QString &fileName )
-	: m_Name( QFileInfo( fileName ).fileName().toUtf8() )
+	: m_Name( ToDisplayLine( QFileInfo( fileName ).fileName(), LONGEST_NAME ).toUtf8() )
 {
 }
 

@@ -15,7 +15,8 @@ public:
 
 	explicit CRecordingConnection( const QString &fileName );
 
-	const char *GetName() const override { return m_Name.constData(); } // the file's, without its folder
+	// The file's name without its folder, as one line.
+	const char *GetName() const override { return m_Name.constData(); }
 	void RegisterReceiver( uint32_t, uint16_t, ITesselDataReceived * ) override {}
 	int GetState() const override { return STATE; }
 	bool SendChunk( uint32_t nChunkType, uint16_t nVersion, uint32_t nLength, uint8_t *pBuffer ) override;

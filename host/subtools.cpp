@@ -129,8 +129,7 @@ void CSubTools::Initialise( const CPlugin &plugin, SubTool &tool, const KeyValue
 	if ( const int nResult = tool.m_pModule->Initialise(); nResult != 1 )
 	{
 		m_Report( tr( "\"%1\" of %2 failed to initialise (result %3)" )
-					  .arg( tool.m_Known.m_pTitle, plugin.Path() )
-					  .arg( nResult ) );
+					  .arg( tool.m_Known.m_pTitle, plugin.Path(), QString::number( nResult ) ) );
 		return;
 	}
 	tool.m_bInitialised = true;

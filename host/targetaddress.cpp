@@ -83,7 +83,7 @@ std::optional<uint16_t> ReadPort( const QString &text )
 QString TargetAddress::ToString() const
 {
 	const QString format = m_Host.contains( ':' ) ? QStringLiteral( "[%1]:%2" ) : QStringLiteral( "%1:%2" );
-	return format.arg( m_Host ).arg( m_nPort );
+	return format.arg( m_Host, QString::number( m_nPort ) );
 }
 
 std::optional<TargetAddress> ParseTargetAddress( const QString &text, QString &error )

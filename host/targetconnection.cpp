@@ -144,7 +144,8 @@ void CTargetConnection::OnLinkGreeted( const wire::Hello &hello )
 	m_flConnectedAt = Plat_FloatTime();
 	m_Traffic.Restart( m_flConnectedAt );
 	m_Problem.clear();
-	emit Reported( LoggingSeverity::Message, tr( "connected to %1 (process %2)" ).arg( Name() ).arg( m_nProcessId ) );
+	emit Reported(
+		LoggingSeverity::Message, tr( "connected to %1 (process %2)" ).arg( Name(), QString::number( m_nProcessId ) ) );
 	SetState( Connected );
 }
 
@@ -194,9 +195,8 @@ void CTargetConnection::NoteForeignVersion( const wire::ChunkHeader &header )
 		return;
 	emit Reported( LoggingSeverity::Warning,
 		tr( "sent %1 in version %2; this console understands version %3 and skips such chunks" )
-			.arg( wire::DescribeChunkType( header.m_nType ).m_Text )
-			.arg( header.m_nVersion )
-			.arg( wire::CHUNK_VERSION ) );
+			.arg( wire::DescribeChunkType( header.m_nType ).m_Text, QString::number( header.m_nVersion ),
+				QString::number( wire::CHUNK_VERSION ) ) );
 }
 
 void CTargetConnection::OnLinkEnded( CChunkLink::EndKind kind, const QString &reason )

@@ -11,6 +11,7 @@
 #include "consolepanel.h"
 #include "demoprocess.h"
 #include "keel0/logging.h"
+#include "displaytext.h"
 #include "keel0/memalloc.h"
 #include "miniprofilerpicture.h"
 #include "recordingconnection.h"
@@ -236,7 +237,7 @@ void CTesselHost::Report( LoggingSeverity severity, const QString &source, const
 {
 	m_pLog->Add( severity, source, text );
 	if ( !m_Options.m_ScreenshotFile.isEmpty() && severity != LoggingSeverity::Message )
-		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( text ) );
+		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( ToDisplayLine( text, CConsoleModel::SHOWN_LENGTH ) ) );
 }
 
 void CTesselHost::OnOpenRequested( const SubTool *pTool )

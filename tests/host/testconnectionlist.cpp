@@ -3,6 +3,7 @@
 
 #include "connectionlist.h"
 #include "connectionsmodel.h"
+#include "displaytext.h"
 #include "recordingreceiver.h"
 #include "support/countingallocator.h"
 #include "support/fakeclock.h"
@@ -245,7 +246,7 @@ TEST_F( ConnectionList, NeverShowsANameFromOutsideAsMarkup )
 	m_First.GreetWith( HelloBytes( "<b>bold</b>" ) );
 	AddConnected( m_First );
 	EXPECT_EQ( Cell( model, 0, CConnectionsModel::NameColumn ), "<b>bold</b>" );
-	EXPECT_EQ(
-		model.index( 0, CConnectionsModel::NameColumn ).data( Qt::ToolTipRole ).toString(), "&lt;b&gt;bold&lt;/b&gt;" );
+	EXPECT_EQ( model.index( 0, CConnectionsModel::NameColumn ).data( Qt::ToolTipRole ).toString(),
+		ToToolTip( "<b>bold</b>" ) );
 }
 } // namespace

@@ -11,6 +11,8 @@
 #include <QTreeView>
 
 #include <cmath>
+#include <deque>
+#include <random>
 #include <thread>
 
 #include "consolelog.h"
@@ -18,6 +20,7 @@
 #include "consolepanel.h"
 #include "style.h"
 #include "support/logguard.h"
+#include "support/randomseed.h"
 #include "waitfor.h"
 
 using testing::ElementsAre;
@@ -37,6 +40,14 @@ std::vector<ConsoleLine> NumberedLines( int nFirst, int nCount )
 	return lines;
 }
 
+void Append( CConsoleModel &model, const std::vector<ConsoleLine> &lines )
+{
+	CNewestLines newest( static_cast<int>( lines.size() ) );
+	for ( const ConsoleLine &line : lines )
+		newest.Add( line );
+	model.Append( newest );
+}
+
 QStringList Texts( const QAbstractItemModel &model )
 {
 	QStringList texts;
@@ -45,16 +56,64 @@ QStringList Texts( const QAbstractItemModel &model )
 	return texts;
 }
 
+TEST( NewestLines, AreBoundedInCharactersToo )
+{
+	CNewestLines lines( 100, 10 );
+	lines.Add( Line( "12345" ) );
+	lines.Add( Line( "1234" ) );
+	lines.Add( Line( "x" ) );
+	EXPECT_EQ( lines.Count(), 3 ) << "exactly at the limit";
+	lines.Add( Line( "y" ) );
+	ASSERT_EQ( lines.Count(), 3 );
+	EXPECT_EQ( lines.At( 0 ).m_Text, "1234" );
+
+	CNewestLines newer( 100, 10 );
+	newer.Add( Line( "123" ) );
+	EXPECT_EQ( lines.CountThatGoFor( newer ), 0 );
+	newer.Add( Line( "45" ) );
+	EXPECT_EQ( lines.CountThatGoFor( newer ), 1 );
+	newer.Add( Line( "6789" ) );
+	EXPECT_EQ( lines.CountThatGoFor( newer ), 2 );
+	newer.Add( Line( QString() ) );
+	newer.Add( Line( "0" ) );
+	EXPECT_EQ( lines.CountThatGoFor( newer ), 3 );
+}
+
+TEST( NewestLines, HoldTheSameAsAPlainListAfterAnyAdditions )
+{
+	const uint32_t nSeed = RandomSeed();
+	SCOPED_TRACE( SeedText( nSeed ) );
+	std::mt19937 random( nSeed );
+	CNewestLines lines( 7, 40 );
+	std::deque<QString> model;
+	qsizetype nCharacters = 0;
+	for ( int i = 0; i < 5000; i++ )
+	{
+		const QString text( static_cast<int>( random() % 20 ), QChar( 'a' + i % 26 ) );
+		lines.Add( Line( text ) );
+		model.push_back( text );
+		nCharacters += text.size();
+		while ( model.size() > 7 || nCharacters > 40 )
+		{
+			nCharacters -= model.front().size();
+			model.pop_front();
+		}
+		ASSERT_EQ( lines.Count(), static_cast<int>( model.size() ) );
+		for ( int n = 0; n < lines.Count(); n++ )
+			ASSERT_EQ( lines.At( n ).m_Text, model[static_cast<size_t>( n )] );
+	}
+}
+
 TEST( ConsoleModel, KeepsTheNewestLinesUpToItsLimit )
 {
 	CConsoleModel model( 5 );
-	model.Append( NumberedLines( 1, 3 ) );
+	Append( model, NumberedLines( 1, 3 ) );
 	EXPECT_EQ( Texts( model ), QStringList( { "1", "2", "3" } ) );
-	model.Append( NumberedLines( 4, 4 ) );
+	Append( model, NumberedLines( 4, 4 ) );
 	EXPECT_EQ( Texts( model ), QStringList( { "3", "4", "5", "6", "7" } ) );
-	model.Append( NumberedLines( 8, 100 ) );
+	Append( model, NumberedLines( 8, 100 ) );
 	EXPECT_EQ( Texts( model ), QStringList( { "103", "104", "105", "106", "107" } ) );
-	model.Append( {} );
+	Append( model, {} );
 	EXPECT_EQ( model.rowCount(), 5 );
 	model.Clear();
 	EXPECT_EQ( model.rowCount(), 0 );
@@ -63,7 +122,7 @@ TEST( ConsoleModel, KeepsTheNewestLinesUpToItsLimit )
 TEST( ConsoleModel, HoldsTenThousandLines )
 {
 	CConsoleModel model;
-	model.Append( NumberedLines( 0, 10001 ) );
+	Append( model, NumberedLines( 0, 10001 ) );
 	EXPECT_EQ( model.rowCount(), 10000 );
 	EXPECT_EQ( model.Line( 0 ).m_Text, "1" );
 }
@@ -75,7 +134,7 @@ TEST( ConsoleModel, TellsItsViewsExactlyWhatChanged )
 	mirror.setSourceModel( &model );
 	for ( int i = 0; i < 12; i++ )
 	{
-		model.Append( NumberedLines( i * 10, i % 5 + 1 ) );
+		Append( model, NumberedLines( i * 10, i % 5 + 1 ) );
 		EXPECT_EQ( Texts( mirror ), Texts( model ) );
 	}
 }
@@ -83,7 +142,7 @@ TEST( ConsoleModel, TellsItsViewsExactlyWhatChanged )
 TEST( ConsoleModel, ShowsTimeSourceAndTextAndCopiesThemWhole )
 {
 	CConsoleModel model;
-	model.Append( { Line( "text", LoggingSeverity::Message, "engine" ), Line( QString( 5000, 'x' ) ) } );
+	Append( model, { Line( "text", LoggingSeverity::Message, "engine" ), Line( QString( 5000, 'x' ) ) } );
 	EXPECT_EQ( model.index( 0, CConsoleModel::TimeColumn ).data().toString(), "12:34:56.789" );
 	EXPECT_EQ( model.index( 0, CConsoleModel::SourceColumn ).data().toString(), "engine" );
 	EXPECT_EQ( model.index( 1, CConsoleModel::SourceColumn ).data().toString(), "tessel" );
@@ -149,11 +208,11 @@ TEST( ConsoleFilter, ShowsLinesThatHoldTheTextInAnyCaseOrComeFromThatSource )
 	CConsoleModel model;
 	CConsoleFilter filter;
 	filter.setSourceModel( &model );
-	model.Append(
+	Append( model,
 		{ Line( "Loading level" ), Line( "saved" ), Line( "ready", LoggingSeverity::Message, "Level editor" ) } );
 	filter.SetText( "LEVEL" );
 	EXPECT_EQ( Texts( filter ), QStringList( { "Loading level", "ready" } ) );
-	model.Append( { Line( "next level" ), Line( "nothing" ) } );
+	Append( model, { Line( "next level" ), Line( "nothing" ) } );
 	EXPECT_EQ( Texts( filter ), QStringList( { "Loading level", "ready", "next level" } ) );
 	filter.SetText( QString() );
 	EXPECT_EQ( filter.rowCount(), 5 );
@@ -164,7 +223,7 @@ TEST( ConsoleFilter, TakesItsTextLiterally )
 	CConsoleModel model;
 	CConsoleFilter filter;
 	filter.setSourceModel( &model );
-	model.Append( { Line( "a.c" ), Line( "abc" ), Line( "a[*" ) } );
+	Append( model, { Line( "a.c" ), Line( "abc" ), Line( "a[*" ) } );
 	filter.SetText( "a." );
 	EXPECT_EQ( Texts( filter ), QStringList( { "a.c" } ) );
 	filter.SetText( "[*" );
@@ -176,7 +235,7 @@ TEST( ConsoleFilter, ShowsLinesFromASeverityOn )
 	CConsoleModel model;
 	CConsoleFilter filter;
 	filter.setSourceModel( &model );
-	model.Append( { Line( "m" ), Line( "w", LoggingSeverity::Warning ), Line( "e", LoggingSeverity::Error ) } );
+	Append( model, { Line( "m" ), Line( "w", LoggingSeverity::Warning ), Line( "e", LoggingSeverity::Error ) } );
 	filter.SetLeastSeverity( LoggingSeverity::Warning );
 	EXPECT_EQ( Texts( filter ), QStringList( { "w", "e" } ) );
 	filter.SetLeastSeverity( LoggingSeverity::Error );
@@ -238,6 +297,26 @@ TEST( ConsoleLog, KeepsTheNewestLinesOfAFlood )
 	EXPECT_EQ( model.Line( 9 ).m_Text, "999" );
 }
 
+TEST( ConsoleLog, CutsALineOfAMillionCharactersAndKeepsABoundedNumberOfThem )
+{
+	CConsoleModel model;
+	CConsoleLog log( model );
+	log.Add( LoggingSeverity::Message, QString(), QString( 1000000, 'x' ) );
+	log.Flush();
+	ASSERT_EQ( model.rowCount(), 1 );
+	EXPECT_EQ( model.Line( 0 ).m_Text, QString( 16383, 'x' ) + QChar( 0x2026 ) );
+	EXPECT_EQ( model.index( 0, CConsoleModel::TextColumn ).data().toString().size(), CConsoleModel::SHOWN_LENGTH );
+	// 16 Mi characters are 1,024 lines of the greatest length.
+	for ( int i = 0; i < 1500; i++ )
+		log.Add( LoggingSeverity::Message, QString(), QString( 16384, 'y' ) );
+	log.Flush();
+	EXPECT_EQ( model.rowCount(), 1024 );
+	log.Add( LoggingSeverity::Message, QString(), "short" );
+	log.Flush();
+	EXPECT_EQ( model.rowCount(), 1024 );
+	EXPECT_EQ( model.Line( 1023 ).m_Text, "short" );
+}
+
 TEST( ConsoleLog, StopsListeningWhenItEnds )
 {
 	CConsoleModel model;
@@ -272,7 +351,7 @@ protected:
 
 TEST_F( ConsolePanel, FiltersAsTheUserTypesAndChoosesASeverity )
 {
-	m_Model.Append(
+	Append( m_Model,
 		{ Line( "apple" ), Line( "pear", LoggingSeverity::Warning ), Line( "grape", LoggingSeverity::Error ) } );
 	const QAbstractItemModel *pShown = Child<QTreeView>( "ConsoleLines" )->model();
 	QTest::keyClicks( Child<QLineEdit>( "ConsoleFilter" ), "aP" );
@@ -283,7 +362,7 @@ TEST_F( ConsolePanel, FiltersAsTheUserTypesAndChoosesASeverity )
 
 TEST_F( ConsolePanel, CopiesTheSelectedLinesInTheirOrderOrAllThatAreShown )
 {
-	m_Model.Append( { Line( "one" ), Line( "two" ), Line( "three" ) } );
+	Append( m_Model, { Line( "one" ), Line( "two" ), Line( "three" ) } );
 	auto *pLines = Child<QTreeView>( "ConsoleLines" );
 	EXPECT_EQ(
 		m_Panel.SelectedText(), "12:34:56.789 [tessel] one\n12:34:56.789 [tessel] two\n12:34:56.789 [tessel] three\n" );
@@ -330,17 +409,17 @@ TEST_F( ConsolePanel, SendsWhatIsEnteredAndRemembersIt )
 
 TEST_F( ConsolePanel, FollowsTheEndUnlessTheUserScrolledBack )
 {
-	m_Model.Append( NumberedLines( 0, 200 ) );
+	Append( m_Model, NumberedLines( 0, 200 ) );
 	QScrollBar *pBar = Child<QTreeView>( "ConsoleLines" )->verticalScrollBar();
 	RunEventTurns();
 	ASSERT_GT( pBar->maximum(), 0 );
 	EXPECT_EQ( pBar->value(), pBar->maximum() );
 	pBar->setValue( 10 );
-	m_Model.Append( NumberedLines( 200, 50 ) );
+	Append( m_Model, NumberedLines( 200, 50 ) );
 	RunEventTurns();
 	EXPECT_EQ( pBar->value(), 10 );
 	pBar->setValue( pBar->maximum() );
-	m_Model.Append( NumberedLines( 250, 50 ) );
+	Append( m_Model, NumberedLines( 250, 50 ) );
 	RunEventTurns();
 	EXPECT_EQ( pBar->value(), pBar->maximum() );
 }

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTextDocument>
 
 #include "commandhistory.h"
 #include "commandline.h"
@@ -47,7 +48,8 @@ INSTANTIATE_TEST_SUITE_P(, GoodAddresses,
 		GoodAddress{ "10.0.0.7:65535", "10.0.0.7", 65535 }, GoodAddress{ "  build-box:80 ", "build-box", 80 },
 		GoodAddress{ "Console.Local", "console.local", 27190 }, GoodAddress{ "devkit_07:27191", "devkit_07", 27191 },
 		GoodAddress{ "::1", "::1", 27190 }, GoodAddress{ "[::1]", "::1", 27190 },
-		GoodAddress{ "[fe80::1]:99", "fe80::1", 99 } ) );
+		GoodAddress{ "[fe80::1]:99", "fe80::1", 99 }, GoodAddress{ "[fe80::1%1]:99", "fe80::1%1", 99 },
+		GoodAddress{ "fe80::1%2", "fe80::1%2", 27190 } ) );
 
 struct BadAddress
 {
@@ -102,6 +104,27 @@ TEST( DisplayText, CutsLongLinesWithAnEllipsisAndNeverInsideACharacter )
 	const QString face = QString::fromUtf8( "\xF0\x9F\x98\x80" );
 	EXPECT_EQ( ToDisplayLine( "123" + face + "5", 5 ), QString::fromUtf16( u"123\u2026" ) );
 	EXPECT_LE( ToDisplayLine( QString( 1000000, 'x' ), 80 ).size(), 80 );
+}
+
+TEST( DisplayText, IsNeverLongerThanItMayBe )
+{
+	EXPECT_EQ( ToDisplayLine( "1\t", 5 ), "1    " );
+	EXPECT_EQ( ToDisplayLine( "12\t", 5 ), QString::fromUtf16( u"12  \u2026" ) ) << "a tab counts as what is shown";
+	EXPECT_EQ( CutWithEllipsis( "12345", 5 ), "12345" );
+	EXPECT_EQ( CutWithEllipsis( "123456", 5 ), QString::fromUtf16( u"1234\u2026" ) );
+	EXPECT_EQ( CutWithEllipsis( "123456", 1 ), QString::fromUtf16( u"\u2026" ) );
+}
+
+TEST( DisplayText, IsNoMarkupInAToolTip )
+{
+	for ( const char *pText : { "plain", "a & b", "a &amp; b", "<b>bold</b>", "<", "two  blanks", "\"quoted\"" } )
+	{
+		const QString toolTip = ToToolTip( pText );
+		ASSERT_TRUE( Qt::mightBeRichText( toolTip ) ) << "shown as markup, whatever the text: " << pText;
+		QTextDocument document;
+		document.setHtml( toolTip );
+		EXPECT_EQ( document.toPlainText(), pText );
+	}
 }
 
 TEST( DisplayText, SplitsAtEveryKindOfLineEnd )
@@ -346,8 +369,10 @@ INSTANTIATE_TEST_SUITE_P(, WrongLines,
 		WrongLine{ { "--screenshot", "/tmp/a.png" }, "needs --connect or --demo" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "soon" }, "--after: \"soon\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "-1" }, "--after: \"-1\"" },
-		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "nan" }, "--after: \"nan\"" },
+		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "%1%2" }, "--after: \"%1%2\" is no number" },
+		WrongLine{ { "--style", "a\nb\x1b" }, "--style: \"a\uFFFDb\uFFFD\" is none of" },
 		WrongLine{ { "--size", "800x600" }, "need --screenshot" },
+		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "nan" }, "--after: \"nan\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "800" }, "--size: \"800\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "99x100" }, "--size: \"99x100\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "100x8193" }, "--size: \"100x8193\"" },

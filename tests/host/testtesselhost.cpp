@@ -427,6 +427,7 @@ TEST_F( TesselHost, ARecordingsConnectionIsNeverUpAndTakesNoChunk )
 	const CRecordingConnection connection( "/somewhere/gr\u00fcn.kesto" );
 	EXPECT_STREQ( connection.GetName(), "gr\xc3\xbcn.kesto" );
 	EXPECT_EQ( connection.GetState(), 0 );
+	EXPECT_STREQ( CRecordingConnection( "/somewhere/a\nb\x1b.kesto" ).GetName(), "a\uFFFDb\uFFFD.kesto" );
 	CCountingAllocator allocator;
 	auto *pBuffer = static_cast<uint8_t *>( g_pMemAlloc->Alloc( 3 ) );
 	EXPECT_FALSE( const_cast<CRecordingConnection &>( connection ).SendChunk( 1, 2, 3, pBuffer ) );
