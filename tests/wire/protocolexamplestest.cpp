@@ -65,13 +65,24 @@ TEST( ProtocolPage, HasADumpOfEveryChunk )
 	std::set<std::string> names;
 	for ( const auto &[name, bytes] : Dumps() )
 		names.insert( name );
-	EXPECT_THAT( names, testing::UnorderedElementsAre(
-							"HELO", "PCAT", "PCPU", "PMPF", "PRNT", "DROP", "KSTO", "KMPC", "KMPN", "CMND" ) );
+	EXPECT_THAT( names, testing::UnorderedElementsAre( "HELO", "HELO-token", "HELO-refusal", "PCAT", "PCPU", "PMPF",
+							"PRNT", "DROP", "BEAT", "KSTO", "KMPC", "KMPN", "CMND" ) );
 }
 
 TEST( ProtocolPage, ItsHelloIsRight )
 {
 	ExpectDump( "HELO", Chunk( wire::CHUNK_HELLO, wire::WriteHello( { 2, 4660, 1'000'000'000, "demo" } ) ) );
+}
+
+TEST( ProtocolPage, ItsHelloWithATokenIsRight )
+{
+	ExpectDump( "HELO-token", Chunk( wire::CHUNK_HELLO, wire::WriteHello( { 2, 81, 0, "desk", "open" } ) ) );
+}
+
+TEST( ProtocolPage, ItsRefusalIsRight )
+{
+	ExpectDump( "HELO-refusal",
+		Chunk( wire::CHUNK_HELLO, wire::WriteHello( { 2, 4660, 1'000'000'000, "demo", "", "wrong token" } ) ) );
 }
 
 TEST( ProtocolPage, ItsBudgetChunksAreRight )
@@ -102,6 +113,7 @@ TEST( ProtocolPage, ItsTextsAreRight )
 	ExpectDump( "PRNT", Chunk( wire::CHUNK_PRINT, wire::WritePrint( wire::PrintSeverity::Warning, "low on\n" ) ) );
 	ExpectDump( "CMND", Chunk( wire::CHUNK_COMMAND, Bytes{ 'h', 'e', 'l', 'p' } ) );
 	ExpectDump( "DROP", Chunk( wire::CHUNK_DROPPED, wire::WriteDropped( 256 ) ) );
+	ExpectDump( "BEAT", Chunk( wire::CHUNK_BEAT, {} ) );
 }
 
 TEST( ProtocolPage, ItsMiniProfilerFrameIsRight )

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace
 {
 using testing::ElementsAre;
@@ -56,6 +58,99 @@ TEST( HelloChunk, ItsNameIsCutOnReading )
 	EXPECT_EQ( wire::ReadHello( payload )->m_Name, std::string( 255, 'n' ) );
 	payload[16 + 3] = 0;
 	EXPECT_EQ( wire::ReadHello( payload )->m_Name, "nnn" );
+}
+
+using namespace std::string_literals;
+using namespace std::string_view_literals;
+
+// A payload whose fixed fields are zero.
+Bytes HelloWithTexts( std::string_view texts )
+{
+	Bytes payload( 16 );
+	payload.insert( payload.end(), texts.begin(), texts.end() );
+	return payload;
+}
+
+TEST( HelloChunk, ATokenStandsBehindTheNamesTerminator )
+{
+	EXPECT_EQ( wire::WriteHello( { 0, 0, 0, "me", "open" } ), HelloWithTexts( "me\0open"sv ) );
+	EXPECT_EQ( wire::WriteHello( { 0, 0, 0, "", "open" } ), HelloWithTexts( "\0open"sv ) );
+}
+
+TEST( HelloChunk, ARefusalStandsBehindTheTokensTerminator )
+{
+	EXPECT_EQ( wire::WriteHello( { 0, 0, 0, "me", "open", "no room" } ), HelloWithTexts( "me\0open\0no room"sv ) );
+	EXPECT_EQ( wire::WriteHello( { 0, 0, 0, "me", "", "no room" } ), HelloWithTexts( "me\0\0no room"sv ) );
+}
+
+TEST( HelloChunk, TextsThatAreNotThereAreEmpty )
+{
+	for ( const std::string_view texts : { ""sv, "me"sv, "me\0"sv, "me\0\0"sv, "me\0\0\0"sv, "me\0\0\0ignored"sv } )
+	{
+		const auto hello = wire::ReadHello( HelloWithTexts( texts ) );
+		ASSERT_TRUE( hello );
+		EXPECT_EQ( hello->m_Name, texts.substr( 0, 2 ) );
+		EXPECT_EQ( hello->m_Token, "" );
+		EXPECT_EQ( hello->m_Refusal, "" );
+	}
+}
+
+TEST( HelloChunk, ItsTextsAreReadAsTheyWereWritten )
+{
+	const auto hello = wire::ReadHello( wire::WriteHello( { 2, 1, 3, "me", "s\xC3\xA9same", "token required" } ) );
+	ASSERT_TRUE( hello );
+	EXPECT_EQ( hello->m_Name, "me" );
+	EXPECT_EQ( hello->m_Token, "s\xC3\xA9same" );
+	EXPECT_EQ( hello->m_Refusal, "token required" );
+}
+
+TEST( HelloChunk, EveryCutOfItIsReadWithoutABytePastItsEnd )
+{
+	const std::string_view texts = "me\0open\0no room\0rest"sv;
+	const Bytes whole = HelloWithTexts( texts );
+	for ( size_t nTexts = 0; nTexts <= texts.size(); nTexts++ )
+	{
+		// A copy of exactly that size, so that a sanitizer sees a byte too many.
+		const Bytes cut( whole.begin(), whole.begin() + static_cast<ptrdiff_t>( 16 + nTexts ) );
+		const auto hello = wire::ReadHello( cut );
+		ASSERT_TRUE( hello );
+		const auto part = [&]( size_t nBegin, size_t nEnd )
+		{ return nTexts < nBegin ? ""sv : texts.substr( nBegin, std::min( nTexts, nEnd ) - nBegin ); };
+		EXPECT_EQ( hello->m_Name, part( 0, 2 ) ) << nTexts;
+		EXPECT_EQ( hello->m_Token, part( 3, 7 ) ) << nTexts;
+		EXPECT_EQ( hello->m_Refusal, part( 8, 15 ) ) << nTexts;
+	}
+}
+
+TEST( HelloChunk, ATokenIsNeverCut )
+{
+	const std::string longest( 255, 't' );
+	EXPECT_EQ( wire::ReadHello( wire::WriteHello( { 2, 0, 0, "me", longest } ) )->m_Token, longest );
+	EXPECT_EQ( wire::WriteHello( { 2, 0, 0, "me", longest + 't' } ).size(), 16u + 2u ) << "left out";
+	EXPECT_EQ( wire::ReadHello( HelloWithTexts( '\0' + longest + 't' ) )->m_Token, longest + 't' )
+		<< "cut, it could match one that it is not";
+}
+
+TEST( HelloChunk, ATokenIsOneLineOfText )
+{
+	for ( const std::string_view token : { "x"sv, "two words"sv, "\xE2\x82\xAC"sv } )
+		EXPECT_TRUE( wire::IsToken( token ) ) << token;
+	for ( const std::string_view token : { ""sv, "a\nb"sv, "a\0b"sv, "tab\t"sv, "\x7F"sv, "\x1F"sv } )
+		EXPECT_FALSE( wire::IsToken( token ) ) << token;
+	EXPECT_TRUE( wire::IsToken( std::string( 255, 'x' ) ) );
+	EXPECT_FALSE( wire::IsToken( std::string( 256, 'x' ) ) );
+}
+
+TEST( HelloChunk, ARefusalIsCutToOneLine )
+{
+	const auto refusal = []( const std::string &text ) {
+		return wire::ReadHello( wire::WriteHello( { 2, 0, 0, "me", "", text } ) )->m_Refusal;
+	};
+	EXPECT_EQ( refusal( "first\nsecond" ), "first" );
+	EXPECT_EQ( refusal( std::string( 254, 'n' ) + EURO ), std::string( 254, 'n' ) );
+	EXPECT_EQ( wire::ReadHello( HelloWithTexts( "\0\0first\nsecond"sv ) )->m_Refusal, "first" );
+	EXPECT_EQ(
+		wire::ReadHello( HelloWithTexts( "\0\0"s + std::string( 1000, 'n' ) ) )->m_Refusal, std::string( 255, 'n' ) );
 }
 
 TEST( PrintChunk, IsASeverityAndAText )

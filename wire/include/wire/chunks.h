@@ -25,6 +25,7 @@ constexpr uint32_t CHUNK_SAMPLE = FourCC( "PCPU" );       // one frame: a time f
 constexpr uint32_t CHUNK_MINIPROFILER = FourCC( "PMPF" ); // scopes: counts, times, names
 constexpr uint32_t CHUNK_PRINT = FourCC( "PRNT" );        // a line for the console
 constexpr uint32_t CHUNK_DROPPED = FourCC( "DROP" );      // how many frames could not be sent so far
+constexpr uint32_t CHUNK_BEAT = FourCC( "BEAT" );         // nothing else was to be sent for BEAT_MILLISECONDS; empty
 
 // To the engine.
 constexpr uint32_t CHUNK_SAMPLING = FourCC( "KSTO" );             // start or stop sampling
@@ -38,6 +39,7 @@ constexpr uint32_t PROTOCOL_VERSION = 2; // exchanged in 'HELO'
 constexpr size_t CHUNK_HEADER_SIZE = 12;
 constexpr uint32_t MAX_CHUNK_LENGTH = 64u << 20; // payload bytes; a longer chunk ends the connection
 constexpr uint16_t DEFAULT_PORT = 27190;
+constexpr uint32_t BEAT_MILLISECONDS = 1000;
 
 constexpr uint32_t MAX_CATEGORIES = 4096;
 } // namespace wire

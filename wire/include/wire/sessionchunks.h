@@ -12,19 +12,29 @@
 
 namespace wire
 {
-// 'HELO': u32 protocol version, u32 process id, u64 ticks per second (0 from a console), then the name up to the end of
-// the payload. The console speaks first; an engine sends nothing before it got a valid one.
+// 'HELO': u32 protocol version, u32 process id, u64 ticks per second (0 from a console), then texts: name, or name NUL
+// token, or name NUL token NUL refusal. The console speaks first; an engine sends nothing before it got a valid one.
 struct Hello
 {
 	uint32_t m_nProtocol = PROTOCOL_VERSION;
 	uint32_t m_nProcessId = 0;
 	uint64_t m_nTickFrequency = 0;
-	std::string m_Name;
+	std::string m_Name = {};
+	std::string m_Token = {};   // what an engine and its consoles share, see IsToken; empty for none
+	std::string m_Refusal = {}; // from an engine: one line that says why it closes now; empty when it does not
 };
-constexpr size_t MAX_HELLO_NAME = 255; // bytes; a longer name is cut on writing and on reading
+constexpr size_t MAX_HELLO_NAME = 255;    // bytes; a longer name is cut on writing and on reading
+constexpr size_t MAX_HELLO_TOKEN = 255;   // bytes
+constexpr size_t MAX_HELLO_REFUSAL = 255; // bytes; cut like a name, and at its first line feed
 
+// Whether a text can be a token: 1 to MAX_HELLO_TOKEN bytes, none of them a control character.
+bool IsToken( std::string_view text );
+
+// A token that is none is left out: half a token would only be a wrong one.
 std::vector<uint8_t> WriteHello( const Hello &hello );
-// None when the payload is too short for its fixed fields. The version is not judged here. The name ends at a NUL.
+// None when the payload is too short for its fixed fields. The version is not judged here, nor is the token: it comes
+// as it was sent, since it is compared and never shown. Texts that are not there are empty; what follows the refusal's
+// NUL is ignored.
 std::optional<Hello> ReadHello( std::span<const uint8_t> payload );
 
 // 'PRNT': u32 severity, then the text up to the end of the payload (no terminator, usually ending in a line feed).
