@@ -7,6 +7,7 @@
 #include <array>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include "keel0/memalloc.h"
@@ -16,29 +17,12 @@ namespace
 constexpr qint64 RECEIVE_BUFFER = 1 << 20; // bytes that may wait in the socket before the engine has to
 constexpr size_t READ_SIZE = 256 << 10;    // bytes taken from the socket at once
 constexpr qint64 SEND_LIMIT = 8 << 20;     // bytes that may wait to be sent: an engine that reads is never near it
-constexpr uint32_t MAX_HELLO_LENGTH = 4096;
 
-const wire::BlockAllocator g_BlockAllocator = {
-	[]( size_t nBytes ) { return g_pMemAlloc->Alloc( nBytes ); },
-	[]( void *pBlock ) { g_pMemAlloc->Free( pBlock ); },
-};
-
-QString Describe( uint32_t nChunkType )
+// While nobody listens on a port that the system also hands out, an attempt may be given that very port as its own: it
+// then meets itself, and would keep the engine from ever listening there again.
+bool IsConnectedToItself( const QTcpSocket &socket )
 {
-	return QString::fromLatin1( wire::DescribeChunkType( nChunkType ).m_Text );
-}
-
-QString DescribeProblem( wire::HeaderProblem problem, const wire::ChunkHeader &header )
-{
-	if ( problem == wire::HeaderProblem::TooLong )
-	{
-		return CChunkLink::tr( "a chunk (%1) declares %2 bytes, the limit is %3" )
-			.arg( Describe( header.m_nType ) )
-			.arg( header.m_nLength )
-			.arg( wire::MAX_CHUNK_LENGTH );
-	}
-	return CChunkLink::tr( "a chunk header (%1) has a reserved field that is not zero" )
-		.arg( Describe( header.m_nType ) );
+	return socket.localPort() == socket.peerPort() && socket.localAddress() == socket.peerAddress();
 }
 } // namespace
 
@@ -67,13 +51,16 @@ CChunkLink::CChunkLink( IOwner &owner, const wire::Hello &ownHello, const Timeou
 	, m_pOwner( &owner )
 	, m_OwnHello( ownHello )
 	, m_Timeouts( timeouts )
-	, m_Assembler( g_BlockAllocator )
+	, m_Stream( ownHello )
 {
 	m_Deadline.setSingleShot( true );
 	m_NextTurn.setSingleShot( true );
 	m_NextTurn.setInterval( 0 );
 	connect( &m_Deadline, &QTimer::timeout, this, &CChunkLink::OnDeadline );
 	connect( &m_NextTurn, &QTimer::timeout, this, &CChunkLink::Pump );
+	m_Silence.setSingleShot( true );
+	m_Silence.setInterval( timeouts.m_nSilenceMs );
+	connect( &m_Silence, &QTimer::timeout, this, &CChunkLink::OnSilence );
 
 	m_Socket.setProxy( QNetworkProxy::NoProxy );
 	m_Socket.setReadBufferSize( RECEIVE_BUFFER );
@@ -98,14 +85,19 @@ void CChunkLink::Open( const TargetAddress &address )
 bool CChunkLink::Send( const wire::ChunkHeader &header, std::span<const uint8_t> payload )
 {
 	const qint64 nSize = static_cast<qint64>( payload.size() );
-	if ( !m_bGreeted || m_bPeerGone || payload.size() > wire::MAX_CHUNK_LENGTH ||
+	if ( !m_Stream.IsGreeted() || m_bPeerGone || payload.size() > wire::MAX_CHUNK_LENGTH ||
 		 m_Socket.bytesToWrite() + nSize > SEND_LIMIT )
 		return false;
+	Write( header, payload );
+	return true;
+}
+
+void CChunkLink::Write( const wire::ChunkHeader &header, std::span<const uint8_t> payload )
+{
 	std::array<uint8_t, wire::CHUNK_HEADER_SIZE> bytes;
 	wire::WriteChunkHeader( bytes, header );
 	m_Socket.write( reinterpret_cast<const char *>( bytes.data() ), static_cast<qint64>( bytes.size() ) );
-	m_Socket.write( reinterpret_cast<const char *>( payload.data() ), nSize );
-	return true;
+	m_Socket.write( reinterpret_cast<const char *>( payload.data() ), static_cast<qint64>( payload.size() ) );
 }
 
 void CChunkLink::Close()
@@ -115,6 +107,7 @@ void CChunkLink::Close()
 	m_pOwner = nullptr;
 	m_Deadline.stop();
 	m_NextTurn.stop();
+	m_Silence.stop();
 	m_Socket.disconnect( this );
 	m_Socket.flush();
 	m_Socket.close();
@@ -123,15 +116,17 @@ void CChunkLink::Close()
 
 void CChunkLink::OnConnected()
 {
+	if ( IsConnectedToItself( m_Socket ) )
+	{
+		End( EndKind::Lost, tr( "nobody listens there" ) );
+		return;
+	}
 	SetLinkOptions();
 	const std::vector<uint8_t> payload = wire::WriteHello( m_OwnHello );
 	wire::ChunkHeader header;
 	header.m_nType = wire::CHUNK_HELLO;
 	header.m_nLength = static_cast<uint32_t>( payload.size() );
-	std::array<uint8_t, wire::CHUNK_HEADER_SIZE> bytes;
-	wire::WriteChunkHeader( bytes, header );
-	m_Socket.write( reinterpret_cast<const char *>( bytes.data() ), static_cast<qint64>( bytes.size() ) );
-	m_Socket.write( reinterpret_cast<const char *>( payload.data() ), static_cast<qint64>( payload.size() ) );
+	Write( header, payload );
 	m_Deadline.start( m_Timeouts.m_nGreetingMs );
 }
 
@@ -156,6 +151,31 @@ void CChunkLink::OnDeadline()
 	const double flSeconds = ( bConnected ? m_Timeouts.m_nGreetingMs : m_Timeouts.m_nConnectMs ) / 1000.0;
 	End( EndKind::Lost, bConnected ? tr( "it accepted the connection but sent no 'HELO' within %1 s" ).arg( flSeconds )
 								   : tr( "no answer within %1 s" ).arg( flSeconds ) );
+}
+
+// An engine is only called silent for what it does: bytes that wait because this process was busy are no silence.
+void CChunkLink::OnSilence()
+{
+	if ( IsSomethingWaiting() )
+	{
+		m_Silence.start();
+		return;
+	}
+	m_bSilent = true;
+	m_pOwner->OnLinkSilent( true );
+}
+
+bool CChunkLink::IsSomethingWaiting() const
+{
+	int nInKernel = 0;
+	const bool bAsked = ioctl( static_cast<int>( m_Socket.socketDescriptor() ), FIONREAD, &nInKernel ) == 0;
+	return !m_Unread.empty() || m_Socket.bytesAvailable() > 0 || ( bAsked && nInKernel > 0 );
+}
+
+CChunkLink::Step CChunkLink::EndSilence()
+{
+	m_bSilent = false;
+	return HandOver( [this]() { m_pOwner->OnLinkSilent( false ); } );
 }
 
 void CChunkLink::OnError()
@@ -202,44 +222,51 @@ void CChunkLink::FinishIfPeerGone()
 	if ( !m_GoneReason.isEmpty() )
 		End( EndKind::Lost, m_GoneReason );
 	else
-		End( EndKind::Lost, m_bGreeted ? tr( "the engine closed the connection" )
-									   : tr( "the peer closed the connection before it greeted" ) );
+		End( EndKind::Lost, m_Stream.IsGreeted() ? tr( "the engine closed the connection" )
+												 : tr( "the peer closed the connection before it greeted" ) );
 }
 
 CChunkLink::Step CChunkLink::NextStep( CTurnBudget &budget )
 {
 	if ( m_Unread.empty() && !FillUnread() )
 		return Step::NeedMore;
+	if ( m_bSilent && EndSilence() == Step::Ended )
+		return Step::Ended;
 	const size_t nUnread = m_Unread.size();
-	const auto result = m_Assembler.Feed( m_Unread );
+	const CEngineStream::Event event = m_Stream.Feed( m_Unread );
 	budget.SpendBytes( nUnread - m_Unread.size() );
-	if ( result == wire::CChunkAssembler::Result::Refused )
+	switch ( event )
 	{
-		End( EndKind::Refused, DescribeProblem( m_Assembler.Problem(), m_Assembler.Header() ) );
-		return Step::Ended;
+		case CEngineStream::Event::NeedMore:
+			return Step::GoOn;
+		case CEngineStream::Event::Greeted:
+			m_Deadline.stop();
+			m_Silence.start();
+			return HandOver( [this]() { m_pOwner->OnLinkGreeted( m_Stream.PeerHello() ); } );
+		case CEngineStream::Event::Chunk:
+			budget.SpendChunk();
+			return HandOver( [this]() { HandOverChunk(); } );
+		case CEngineStream::Event::Refused:
+			break;
 	}
-	if ( !m_bGreeted && !CheckFirstChunk() )
-		return Step::Ended;
-	if ( result == wire::CChunkAssembler::Result::NeedMore )
-		return Step::GoOn;
-	budget.SpendChunk();
-	return HandOver();
+	const bool bTurnedAway = m_Stream.Why() == CEngineStream::Refusal::TurnedAway;
+	End( bTurnedAway ? EndKind::TurnedAway : EndKind::Refused, m_Stream.Problem() );
+	return Step::Ended;
 }
 
 // Whatever the owner does may end the link or delete it, so nothing of it is touched after such a call.
-CChunkLink::Step CChunkLink::HandOver()
+template <typename Call>
+CChunkLink::Step CChunkLink::HandOver( Call call )
 {
-	const wire::ChunkHeader header = m_Assembler.Header();
-	uint8_t *pBlock = m_Assembler.TakeBlock();
-	if ( !m_bGreeted )
-	{
-		const bool bGoesOn = Greet( { pBlock + wire::CHUNK_HEADER_SIZE, header.m_nLength } );
-		g_pMemAlloc->Free( pBlock );
-		return bGoesOn ? Step::GoOn : Step::Ended;
-	}
 	const QPointer<CChunkLink> pSelf( this );
-	m_pOwner->OnLinkChunk( header, pBlock );
+	call();
 	return pSelf && m_pOwner ? Step::GoOn : Step::Ended;
+}
+
+void CChunkLink::HandOverChunk()
+{
+	const wire::ChunkHeader header = m_Stream.Header();
+	m_pOwner->OnLinkChunk( header, m_Stream.TakeBlock() );
 }
 
 bool CChunkLink::FillUnread()
@@ -248,44 +275,9 @@ bool CChunkLink::FillUnread()
 	const qint64 nRead =
 		m_Socket.read( reinterpret_cast<char *>( m_ReadBuffer.data() ), static_cast<qint64>( m_ReadBuffer.size() ) );
 	m_Unread = { m_ReadBuffer.data(), nRead > 0 ? static_cast<size_t>( nRead ) : 0 };
+	if ( nRead > 0 && m_Stream.IsGreeted() )
+		m_Silence.start();
 	return !m_Unread.empty();
-}
-
-// Judged as soon as its header is there: a server of another kind must not be waited for.
-bool CChunkLink::CheckFirstChunk()
-{
-	if ( m_Assembler.Pending() < wire::CHUNK_HEADER_SIZE )
-		return true;
-	const wire::ChunkHeader &header = m_Assembler.Header();
-	if ( header.m_nType == wire::CHUNK_HELLO && header.m_nLength <= MAX_HELLO_LENGTH )
-		return true;
-	End( EndKind::Refused,
-		header.m_nType == wire::CHUNK_HELLO
-			? tr( "its 'HELO' is %1 bytes long, the limit is %2" ).arg( header.m_nLength ).arg( MAX_HELLO_LENGTH )
-			: tr( "its first chunk is %1 and not 'HELO': this is no engine" ).arg( Describe( header.m_nType ) ) );
-	return false;
-}
-
-bool CChunkLink::Greet( std::span<const uint8_t> payload )
-{
-	const std::optional<wire::Hello> hello = wire::ReadHello( payload );
-	if ( !hello )
-	{
-		End( EndKind::Refused, tr( "its 'HELO' is too short (%1 bytes)" ).arg( payload.size() ) );
-		return false;
-	}
-	if ( hello->m_nProtocol != m_OwnHello.m_nProtocol )
-	{
-		End( EndKind::Refused, tr( "it speaks protocol version %1, this console speaks version %2" )
-								   .arg( hello->m_nProtocol )
-								   .arg( m_OwnHello.m_nProtocol ) );
-		return false;
-	}
-	m_Deadline.stop();
-	m_bGreeted = true;
-	const QPointer<CChunkLink> pSelf( this );
-	m_pOwner->OnLinkGreeted( *hello );
-	return pSelf && m_pOwner;
 }
 
 void CChunkLink::End( EndKind kind, const QString &reason )
@@ -293,6 +285,7 @@ void CChunkLink::End( EndKind kind, const QString &reason )
 	IOwner *pOwner = std::exchange( m_pOwner, nullptr );
 	m_Deadline.stop();
 	m_NextTurn.stop();
+	m_Silence.stop();
 	m_Socket.disconnect( this );
 	m_Socket.abort();
 	deleteLater();

@@ -1,4 +1,4 @@
-// One attempt to talk to an engine: a socket, the greeting, and chunks cut from the stream.
+// One attempt to talk to an engine: a socket, its patience, and chunks handed over in turns.
 #pragma once
 
 #include <QObject>
@@ -9,9 +9,8 @@
 #include <span>
 #include <vector>
 
+#include "enginestream.h"
 #include "targetaddress.h"
-#include "wire/chunkassembler.h"
-#include "wire/sessionchunks.h"
 
 // Lives on the user-interface thread and never waits. Chunks are handed over one at a time and in order; a turn of the
 // event loop hands over a bounded number of them, so that a burst leaves time for painting. While an owner is busy with
@@ -24,8 +23,9 @@ class CChunkLink final : public QObject
 public:
 	enum class EndKind
 	{
-		Lost,   // no link, or it broke: another attempt may do better soon
-		Refused // the peer does not speak this protocol: it will not soon
+		Lost,      // no link, or it broke: another attempt may do better soon
+		Refused,   // the peer does not speak this protocol: it will not soon
+		TurnedAway // the peer does not want this console, or the other way round: only a user can change that
 	};
 
 	class IOwner
@@ -38,6 +38,9 @@ public:
 		// owner may close the link and may run events.
 		virtual void OnLinkChunk( const wire::ChunkHeader &header, uint8_t *pBlock ) = 0;
 
+		// Nothing came for a while (Timeouts::m_nSilenceMs); false when bytes come again. The link goes on as before.
+		virtual void OnLinkSilent( bool bSilent ) = 0;
+
 		// The last call: everything that arrived was handed over. The link ends itself. reason is one line.
 		virtual void OnLinkEnded( EndKind kind, const QString &reason ) = 0;
 
@@ -49,6 +52,7 @@ public:
 	{
 		int m_nConnectMs = 3000;
 		int m_nGreetingMs = 3000; // from the connect to the whole 'HELO'
+		int m_nSilenceMs = 3000;  // from the last byte to OnLinkSilent
 	};
 
 	// owner must live until OnLinkEnded or Close.
@@ -78,12 +82,16 @@ private:
 	void OnDisconnected();
 	void OnError();
 	void OnDeadline();
+	void OnSilence();
 	void Pump();
 	Step NextStep( CTurnBudget &budget );
-	Step HandOver();
+	template <typename Call>
+	Step HandOver( Call call );
+	void HandOverChunk();
 	bool FillUnread();
-	bool CheckFirstChunk();
-	bool Greet( std::span<const uint8_t> payload );
+	bool IsSomethingWaiting() const;
+	Step EndSilence();
+	void Write( const wire::ChunkHeader &header, std::span<const uint8_t> payload );
 	void SetLinkOptions();
 	void FinishIfPeerGone();
 	void End( EndKind kind, const QString &reason );
@@ -94,11 +102,12 @@ private:
 	QTcpSocket m_Socket;
 	QTimer m_Deadline;
 	QTimer m_NextTurn;
-	wire::CChunkAssembler m_Assembler;
+	QTimer m_Silence;
+	CEngineStream m_Stream;
 	std::vector<uint8_t> m_ReadBuffer;
 	std::span<const uint8_t> m_Unread; // the part of m_ReadBuffer that was not looked at yet
 	QString m_GoneReason;
-	bool m_bGreeted = false;
 	bool m_bPumping = false;
 	bool m_bPeerGone = false;
+	bool m_bSilent = false;
 };

@@ -26,6 +26,9 @@ Connections
   --demo               Start the demo engine, connect to it and open Show Budget.
   --open TITLE         Open a sub-tool, such as "Show Budget", as soon as the
                        first connection is up (may be given several times).
+  --token-file FILE    Talk only to engines that know the token in the first line
+                       of FILE. Without it the environment decides: the token in
+                       SHOWBUDGET_TOKEN, or the file in SHOWBUDGET_TOKEN_FILE.
 
 Recordings
   --open-recording FILE  Open a recording, as FILE alone does (may be given
@@ -69,6 +72,7 @@ public:
 			{ "style", QString(), "NAME" },
 			{ "settings", QString(), "FILE" },
 			{ "plugin", QString(), "FILE" },
+			{ "token-file", QString(), "FILE" },
 			{ "screenshot", QString(), "FILE" },
 			{ "after", QString(), "SECONDS" },
 			{ "what", QString(), "WINDOW" },
@@ -85,6 +89,7 @@ public:
 		if ( m_Parser.isSet( "version" ) )
 			return { CommandLineResult::Kind::Print, QStringLiteral( "tessel %1\n" ).arg( TESSEL_VERSION ), {} };
 		ReadConnections();
+		ReadTokenFile();
 		ReadRecordings();
 		ReadFiles();
 		ReadStyle();
@@ -139,6 +144,13 @@ private:
 			else
 				Fail( QStringLiteral( "--connect: %1" ).arg( error ) );
 		}
+	}
+
+	void ReadTokenFile()
+	{
+		const QString file = Value( "token-file" );
+		if ( !file.isEmpty() )
+			m_Options.m_TokenFile = QFileInfo( file ).absoluteFilePath();
 	}
 
 	void ReadRecordings()

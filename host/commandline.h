@@ -33,6 +33,7 @@ struct CommandLineOptions
 	ScreenshotSubject m_ScreenshotSubject = ScreenshotSubject::Budget;
 	QSize m_ScreenshotSize{ 1280, 860 }; // of the window, in pixels at scale 1
 	QString m_SettingsFile;              // empty: the one in the user's configuration folder
+	QString m_TokenFile;                 // absolute; empty: the environment decides
 	QStringList m_Plugins;
 	std::optional<StyleChoice> m_Style;
 

@@ -30,6 +30,7 @@ CTargetConnection *CConnectionList::Add( const TargetAddress &address )
 	{
 		emit AboutToAdd( Count() );
 		pConnection = new CTargetConnection( address, this );
+		pConnection->SetToken( m_Token );
 		m_Connections.push_back( pConnection );
 		Watch( pConnection );
 		emit Added( pConnection );
@@ -43,6 +44,8 @@ void CConnectionList::Watch( CTargetConnection *pConnection )
 {
 	connect( pConnection, &CTargetConnection::StateChanged, this,
 		[this, pConnection]( int nBefore ) { OnStateChanged( pConnection, nBefore ); } );
+	connect(
+		pConnection, &CTargetConnection::StalledChanged, this, [this, pConnection]() { emit Changed( pConnection ); } );
 	connect( pConnection, &CTargetConnection::Printed, this,
 		[this, pConnection]( LoggingSeverity severity, const QString &text )
 		{ emit Printed( pConnection, severity, text ); } );

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QTimer>
 
+#include <string>
 #include <vector>
 
 #include "keel0/logging.h"
@@ -18,6 +19,9 @@ class CConnectionList final : public QObject
 public:
 	explicit CConnectionList( QObject *pParent = nullptr );
 	~CConnectionList() override;
+
+	// For the connections that are made from now on.
+	void SetToken( const std::string &token ) { m_Token = token; }
 
 	// The connection to that address: made, connected and made current; one that is there already is used again.
 	CTargetConnection *Add( const TargetAddress &address );
@@ -53,6 +57,7 @@ private:
 	void Finish( CTargetConnection *pConnection );
 	void MeasureTraffic();
 
+	std::string m_Token;
 	std::vector<CTargetConnection *> m_Connections;
 	std::vector<CTargetConnection *> m_Leaving; // removed, but one of their receivers is still busy
 	CTargetConnection *m_pCurrent = nullptr;

@@ -17,7 +17,7 @@ QColor StateColour( const CTargetConnection &connection )
 	switch ( connection.GetState() )
 	{
 		case CTargetConnection::Connected:
-			return QColor( 0xff3fa55b );
+			return connection.IsStalled() ? QColor( 0xffd9962b ) : QColor( 0xff3fa55b );
 		case CTargetConnection::Idle:
 			return QColor( 0xff8a8f98 );
 		default:
@@ -151,7 +151,9 @@ QString DescribeState( const CTargetConnection &connection )
 	switch ( connection.GetState() )
 	{
 		case CTargetConnection::Connected:
-			return CConnectionsModel::tr( "Connected" );
+			return connection.IsStalled() ? CConnectionsModel::tr( "Stalled: nothing for %1 s" )
+												.arg( connection.SilentSeconds(), 0, 'f', 0 )
+										  : CConnectionsModel::tr( "Connected" );
 		case CTargetConnection::Idle:
 			return CConnectionsModel::tr( "Disconnected" );
 		default:

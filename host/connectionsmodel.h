@@ -38,5 +38,5 @@ private:
 	CConnectionList &m_List;
 };
 
-// "Connected", "Connecting…", "Retrying: connection refused", "Disconnected".
+// "Connected", "Stalled: nothing for 7 s", "Connecting…", "Retrying: connection refused", "Disconnected".
 QString DescribeState( const CTargetConnection &connection );

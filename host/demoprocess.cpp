@@ -50,6 +50,14 @@ CDemoProcess::~CDemoProcess()
 	}
 }
 
+void CDemoProcess::UseTokenFile( const QString &path )
+{
+	QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+	environment.remove( QStringLiteral( "SHOWBUDGET_TOKEN" ) );
+	environment.insert( QStringLiteral( "SHOWBUDGET_TOKEN_FILE" ), path );
+	m_Process.setProcessEnvironment( environment );
+}
+
 void CDemoProcess::Start( const QStringList &arguments )
 {
 	m_bListening = false;

@@ -25,6 +25,9 @@ public:
 	explicit CDemoProcess( const QString &program, QObject *pParent = nullptr );
 	~CDemoProcess() override; // ends the child
 
+	// The child shall take its token from that file and not from the environment.
+	void UseTokenFile( const QString &path );
+
 	void Start( const QStringList &arguments = { QStringLiteral( "--port" ), QStringLiteral( "0" ) } );
 	qint64 ProcessId() const { return m_Process.processId(); } // 0 when it does not run
 

@@ -4,7 +4,8 @@
 #include <algorithm>
 
 // Milliseconds, doubling from attempt to attempt. A lost or absent engine is tried soon and at least every second, so
-// that one that was restarted is back within two; a peer that speaks something else is left alone for longer.
+// that one that was restarted is back within two; a peer that speaks something else is left alone for longer, and one
+// that turned the console away for longest.
 class CReconnectDelay
 {
 public:
@@ -14,6 +15,7 @@ public:
 	static constexpr int LONGEST_AFTER_REFUSAL = 30000;
 
 	int AfterLoss() { return Next( m_nAfterLoss, LONGEST_AFTER_LOSS ); }
+	int AfterTurnedAway() const { return LONGEST_AFTER_REFUSAL; }
 	int AfterRefusal() { return Next( m_nAfterRefusal, LONGEST_AFTER_REFUSAL ); }
 
 	// The connection has proved itself: the next loss begins anew.

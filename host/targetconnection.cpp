@@ -14,11 +14,12 @@ namespace
 // A session that lasted this long (seconds) shows that the engine is well, and a later loss is retried without delay.
 constexpr double PROVEN_AFTER = 2.0;
 
-wire::Hello OwnHello()
+wire::Hello OwnHello( const std::string &token )
 {
 	wire::Hello hello;
 	hello.m_nProcessId = static_cast<uint32_t>( QCoreApplication::applicationPid() );
 	hello.m_Name = QSysInfo::machineHostName().toStdString();
+	hello.m_Token = token;
 	return hello;
 }
 
@@ -80,6 +81,11 @@ bool CTargetConnection::SendChunk( uint32_t nChunkType, uint16_t nVersion, uint3
 	header.m_nVersion = nVersion;
 	header.m_nLength = nLength;
 	const bool bSent = IsConnected() && m_pLink && m_pLink->Send( header, { pBuffer, nLength } );
+	if ( bSent && nChunkType == wire::CHUNK_SAMPLING && nLength > 0 )
+	{
+		m_bSamplingWanted = pBuffer[0] != 0;
+		m_bSampling = false;
+	}
 	g_pMemAlloc->Free( pBuffer );
 	return bSent;
 }
@@ -100,6 +106,7 @@ void CTargetConnection::Disconnect()
 		std::exchange( m_pLink, nullptr )->Close();
 	m_Problem.clear();
 	m_nProcessId = 0;
+	m_bStalled = false;
 	const bool bWasConnected = IsConnected();
 	SetState( Idle );
 	if ( bWasConnected )
@@ -127,7 +134,7 @@ void CTargetConnection::Attempt()
 		SetState( Waiting );
 		return;
 	}
-	m_pLink = new CChunkLink( *this, OwnHello(), m_Timeouts, this );
+	m_pLink = new CChunkLink( *this, OwnHello( m_Token ), m_Timeouts, this );
 	SetState( Connecting );
 	// Whoever heard of the new state may have disconnected already.
 	if ( m_State == Connecting && m_pLink )
@@ -141,6 +148,9 @@ void CTargetConnection::OnLinkGreeted( const wire::Hello &hello )
 	m_nProcessId = hello.m_nProcessId;
 	m_nDroppedFrames = 0;
 	m_bForeignVersionNoted = false;
+	m_bBeats = false;
+	m_bSamplingWanted = false;
+	m_bSampling = false;
 	m_flConnectedAt = Plat_FloatTime();
 	m_Traffic.Restart( m_flConnectedAt );
 	m_Problem.clear();
@@ -154,6 +164,7 @@ void CTargetConnection::OnLinkChunk( const wire::ChunkHeader &header, uint8_t *p
 	m_Traffic.AddChunk( wire::CHUNK_HEADER_SIZE + header.m_nLength );
 	const QPointer<CTargetConnection> pSelf( this );
 	m_nDelivering++;
+	NoteLifeSign( header.m_nType );
 	TakeHostChunk( header, { pBlock + wire::CHUNK_HEADER_SIZE, header.m_nLength } );
 	if ( header.m_nVersion != wire::CHUNK_VERSION && pSelf )
 		NoteForeignVersion( header );
@@ -188,6 +199,35 @@ void CTargetConnection::TakeHostChunk( const wire::ChunkHeader &header, std::spa
 	}
 }
 
+void CTargetConnection::NoteLifeSign( uint32_t nChunkType )
+{
+	m_bBeats = m_bBeats || nChunkType == wire::CHUNK_BEAT;
+	m_bSampling = m_bSampling || ( m_bSamplingWanted && nChunkType == wire::CHUNK_SAMPLE );
+}
+
+// An idle engine has nothing to say. Silence means something where signs of life were promised, or where every frame
+// should bring a sample.
+void CTargetConnection::OnLinkSilent( bool bSilent )
+{
+	const bool bStalled = bSilent && ( m_bBeats || m_bSampling );
+	if ( std::exchange( m_bStalled, bStalled ) == bStalled )
+		return;
+	m_flSilentSince = Plat_FloatTime() - m_Timeouts.m_nSilenceMs / 1000.0;
+	const QPointer<CTargetConnection> pSelf( this );
+	if ( bStalled )
+		emit Reported(
+			LoggingSeverity::Warning, tr( "stalled: nothing came for %1 s" ).arg( m_Timeouts.m_nSilenceMs / 1000.0 ) );
+	else
+		emit Reported( LoggingSeverity::Message, tr( "no longer stalled" ) );
+	if ( pSelf )
+		emit StalledChanged();
+}
+
+double CTargetConnection::SilentSeconds() const
+{
+	return m_bStalled ? Plat_FloatTime() - m_flSilentSince : 0.0;
+}
+
 // Said once a session: every chunk of that engine will be like this one.
 void CTargetConnection::NoteForeignVersion( const wire::ChunkHeader &header )
 {
@@ -203,13 +243,28 @@ void CTargetConnection::OnLinkEnded( CChunkLink::EndKind kind, const QString &re
 {
 	m_pLink = nullptr;
 	m_nProcessId = 0;
+	m_bStalled = false;
 	if ( IsConnected() && Plat_FloatTime() - m_flConnectedAt >= PROVEN_AFTER )
 		m_Delay.Reset();
-	m_RetryTimer.start( kind == CChunkLink::EndKind::Refused ? m_Delay.AfterRefusal() : m_Delay.AfterLoss() );
+	m_RetryTimer.start( DelayAfter( kind ) );
 	const QPointer<CTargetConnection> pSelf( this );
 	ReportProblem( reason );
 	if ( pSelf && m_RetryTimer.isActive() )
 		SetState( Waiting );
+}
+
+int CTargetConnection::DelayAfter( CChunkLink::EndKind kind )
+{
+	switch ( kind )
+	{
+		case CChunkLink::EndKind::Refused:
+			return m_Delay.AfterRefusal();
+		case CChunkLink::EndKind::TurnedAway:
+			return m_Delay.AfterTurnedAway();
+		case CChunkLink::EndKind::Lost:
+			break;
+	}
+	return m_Delay.AfterLoss();
 }
 
 // An engine that is away is away for many attempts: what went wrong is said when it changes.

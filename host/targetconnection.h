@@ -44,6 +44,9 @@ public:
 	int GetState() const override;
 	bool SendChunk( uint32_t nChunkType, uint16_t nVersion, uint32_t nLength, uint8_t *pBuffer ) override;
 
+	// For the attempts from now on: sent to the engine, and wanted from it. Empty: none.
+	void SetToken( const std::string &token ) { m_Token = token; }
+
 	// Connect: tries at once, and again whenever the link is lost. Disconnect: lets the link go.
 	void Connect();
 	void Disconnect();
@@ -70,6 +73,10 @@ public:
 	uint32_t ProcessId() const { return m_nProcessId; }
 	uint64_t DroppedFrames() const { return m_nDroppedFrames; }
 
+	// Connected, but nothing comes although something should: seconds since the last byte; 0 while all is well.
+	bool IsStalled() const { return m_bStalled; }
+	double SilentSeconds() const;
+
 	const CTrafficMeter &Traffic() const { return m_Traffic; }
 	void MeasureTraffic();
 
@@ -78,6 +85,7 @@ public:
 
 signals:
 	void StateChanged( int nBefore );
+	void StalledChanged();
 	void Printed( LoggingSeverity severity, const QString &text );  // the engine's own lines
 	void Reported( LoggingSeverity severity, const QString &text ); // about the connection
 	void DeliveryFinished();
@@ -85,16 +93,20 @@ signals:
 private:
 	void OnLinkGreeted( const wire::Hello &hello ) override;
 	void OnLinkChunk( const wire::ChunkHeader &header, uint8_t *pBlock ) override;
+	void OnLinkSilent( bool bSilent ) override;
 	void OnLinkEnded( CChunkLink::EndKind kind, const QString &reason ) override;
 
 	void Attempt();
+	int DelayAfter( CChunkLink::EndKind kind );
 	void TakeHostChunk( const wire::ChunkHeader &header, std::span<const uint8_t> payload );
+	void NoteLifeSign( uint32_t nChunkType );
 	void NoteForeignVersion( const wire::ChunkHeader &header );
 	void ReportProblem( const QString &problem );
 	void SetState( State state );
 
 	TargetAddress m_Address;
 	std::string m_Name;
+	std::string m_Token;
 	State m_State = Idle;
 	CChunkLink *m_pLink = nullptr;
 	CChunkLink::Timeouts m_Timeouts;
@@ -109,4 +121,9 @@ private:
 	int m_nDelivering = 0;
 	bool m_bDeliveryStopped = false;
 	bool m_bForeignVersionNoted = false;
+	bool m_bBeats = false;          // this engine promises a sign of life every second
+	bool m_bSamplingWanted = false; // the console asked for samples
+	bool m_bSampling = false;       // and they came
+	bool m_bStalled = false;
+	double m_flSilentSince = 0.0; // Plat_FloatTime
 };

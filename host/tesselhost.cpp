@@ -7,11 +7,12 @@
 #include <cstdio>
 #include <cstring>
 
+#include "accesstoken.h"
 #include "connectionspanel.h"
 #include "consolepanel.h"
 #include "demoprocess.h"
-#include "keel0/logging.h"
 #include "displaytext.h"
+#include "keel0/logging.h"
 #include "keel0/memalloc.h"
 #include "miniprofilerpicture.h"
 #include "recordingconnection.h"
@@ -84,6 +85,10 @@ QString CTesselHost::PluginFolder() const
 
 bool CTesselHost::Start( QString &error )
 {
+	const std::optional<std::string> token = FindAccessToken( m_Options.m_TokenFile, error );
+	if ( !token )
+		return false;
+	m_pConnections->SetToken( *token );
 	// A module that was asked for by name comes before one of the folder that offers the same.
 	m_pSubTools->Load( m_Options.m_Plugins + CSubTools::FindPlugins( PluginFolder() ), m_Settings.SubTools() );
 	if ( !CheckSubToolsToOpen( error ) )
@@ -140,6 +145,8 @@ void CTesselHost::StartDemo()
 			if ( m_pScreenshot && !m_pScreenshot->HasBegun() )
 				emit Finished( 1 );
 		} );
+	if ( !m_Options.m_TokenFile.isEmpty() )
+		m_pDemo->UseTokenFile( m_Options.m_TokenFile );
 	m_pDemo->Start();
 }
 

@@ -33,7 +33,7 @@ public:
 	~CTesselHost() override; // as ShutDown
 
 	// Loads the sub-tools, shows the window and begins what the command line asks for. False, with one line in error,
-	// when it asks for a sub-tool that there is not.
+	// when it asks for a sub-tool that there is not, or when there is a token that cannot be used.
 	bool Start( QString &error );
 
 	// Saves the settings (when it was started), ends all connections and unloads the sub-tools. Nothing happens the

@@ -1,15 +1,7 @@
 // A connection against engines made by the test: greeting, delivery, loss and return.
-#include <gmock/gmock.h>
-
 #include <QSysInfo>
 
-#include <cstring>
-
-#include "keel0/memalloc.h"
-#include "recordingreceiver.h"
-#include "support/countingallocator.h"
-#include "targetconnection.h"
-#include "testpeer.h"
+#include "connectionfixture.h"
 
 using testing::ElementsAre;
 
@@ -17,53 +9,8 @@ namespace
 {
 constexpr uint32_t CATEGORIES = wire::FourCC( "PCAT" );
 
-class Connection : public testing::Test
+class Connection : public CConnectionFixture
 {
-protected:
-	Connection()
-		: m_Connection( m_Peer.Address() )
-	{
-		QObject::connect( &m_Connection, &CTargetConnection::StateChanged, &m_Connection,
-			[this]() { m_States.push_back( m_Connection.GetState() ); } );
-		QObject::connect( &m_Connection, &CTargetConnection::Reported, &m_Connection,
-			[this]( LoggingSeverity, const QString &text ) { m_Reports += text; } );
-		QObject::connect( &m_Connection, &CTargetConnection::Printed, &m_Connection,
-			[this]( LoggingSeverity severity, const QString &text ) {
-				m_Prints.push_back( { severity, text } );
-			} );
-	}
-
-	bool ConnectGreeted()
-	{
-		m_Peer.GreetWith( HelloBytes() );
-		m_Connection.Connect();
-		// A peer that closes with unread bytes resets the link, which loses what it sent before.
-		return WaitFor( [this]() { return m_Connection.IsConnected() && m_Peer.Received().size() >= 28; } );
-	}
-
-	// Connects to a peer that answers with these bytes and waits until the attempt has ended.
-	QString ProblemAfter( const QByteArray &bytes )
-	{
-		m_Peer.GreetWith( bytes );
-		m_Connection.Connect();
-		EXPECT_TRUE( WaitFor( [this]() { return m_Connection.GetState() == CTargetConnection::Waiting; } ) );
-		return m_Connection.Problem();
-	}
-
-	static bool SendBytes( CTargetConnection &connection, uint32_t nType, const QByteArray &payload )
-	{
-		auto *pBuffer = static_cast<uint8_t *>( g_pMemAlloc->Alloc( static_cast<size_t>( payload.size() ) ) );
-		std::memcpy( pBuffer, payload.constData(), static_cast<size_t>( payload.size() ) );
-		return connection.SendChunk( nType, 2, static_cast<uint32_t>( payload.size() ), pBuffer );
-	}
-
-	CCountingAllocator m_Allocator;
-	CTestPeer m_Peer;
-	CTargetConnection m_Connection;
-	CRecordingReceiver m_Receiver;
-	std::vector<int> m_States;
-	QStringList m_Reports;
-	std::vector<std::pair<LoggingSeverity, QString>> m_Prints;
 };
 
 TEST_F( Connection, SpeaksFirstAndAtOnceWithItsGreeting )
@@ -105,6 +52,14 @@ TEST_F( Connection, ShowsANameWithControlCharactersAndBrokenBytesAsOneLine )
 	m_Connection.Connect();
 	ASSERT_TRUE( WaitFor( [this]() { return m_Connection.IsConnected(); } ) );
 	EXPECT_EQ( m_Connection.Name(), QString::fromUtf16( u"a\ufffdb\ufffd" ) );
+}
+
+TEST_F( Connection, ShowsANameThatLooksLikePlacesForNumbersAsItIs )
+{
+	m_Peer.GreetWith( HelloBytes( "100 %1 %2 %3" ) );
+	m_Connection.Connect();
+	ASSERT_TRUE( WaitFor( [this]() { return m_Connection.IsConnected(); } ) );
+	EXPECT_THAT( m_Reports, ElementsAre( "connected to 100 %1 %2 %3 (process 4711)" ) );
 }
 
 TEST_F( Connection, HandsChunksToTheReceiverOfTheirTypeAndVersionInOrder )
@@ -192,6 +147,15 @@ TEST_F( Connection, SkipsChunksOfAnotherVersionAndSaysSoOnce )
 	EXPECT_THAT(
 		m_Reports[0].toStdString(), testing::AllOf( testing::HasSubstr( "PCPU" ), testing::HasSubstr( "version 1" ),
 										testing::HasSubstr( "version 2" ) ) );
+}
+
+TEST_F( Connection, ShowsAChunkTypeThatLooksLikePlacesForNumbersAsItIs )
+{
+	ASSERT_TRUE( ConnectGreeted() );
+	m_Reports.clear();
+	m_Peer.SendChunk( wire::FourCC( "%2%3" ), "x", 7 );
+	ASSERT_TRUE( WaitFor( [this]() { return !m_Reports.isEmpty(); } ) );
+	EXPECT_THAT( m_Reports[0].toStdString(), testing::HasSubstr( "sent %2%3 in version 7" ) );
 }
 
 TEST_F( Connection, PassesLinesOfTheEngineOnWithTheirSeverity )

@@ -320,8 +320,9 @@ TEST( CommandLine, PrintsHelpThatNamesEveryOptionAndTheVersion )
 	{
 		const CommandLineResult help = Parse( { pOption } );
 		ASSERT_EQ( help.m_Kind, CommandLineResult::Kind::Print );
-		for ( const char *pName : { "--connect", "--open", "--demo", "--screenshot", "--after", "--what", "--size",
-				  "--open-recording", "--frame", "--settings", "--plugin", "--style", "--help", "--version" } )
+		for ( const char *pName :
+			{ "--connect", "--open", "--demo", "--screenshot", "--after", "--what", "--size", "--open-recording",
+				"--frame", "--settings", "--plugin", "--token-file", "--style", "--help", "--version" } )
 			EXPECT_THAT( help.m_Text.toStdString(), HasSubstr( pName ) );
 	}
 	const CommandLineResult version = Parse( { "--version" } );
@@ -371,8 +372,8 @@ INSTANTIATE_TEST_SUITE_P(, WrongLines,
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "-1" }, "--after: \"-1\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "%1%2" }, "--after: \"%1%2\" is no number" },
 		WrongLine{ { "--style", "a\nb\x1b" }, "--style: \"a\uFFFDb\uFFFD\" is none of" },
-		WrongLine{ { "--size", "800x600" }, "need --screenshot" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--after", "nan" }, "--after: \"nan\"" },
+		WrongLine{ { "--size", "800x600" }, "need --screenshot" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "800" }, "--size: \"800\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "99x100" }, "--size: \"99x100\"" },
 		WrongLine{ { "--demo", "--screenshot", "/tmp/a.png", "--size", "100x8193" }, "--size: \"100x8193\"" },
