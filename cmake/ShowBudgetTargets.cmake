@@ -13,11 +13,11 @@ function( showbudget_compile_as_test name )
 	)
 endfunction()
 
-# showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] )
+# showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] [PROPERTIES name value...] )
 # A GoogleTest program whose every test case is a test of its own for CTest. With QT the program's main makes a
 # QApplication on the offscreen platform and fails a test that causes a Qt warning it did not expect.
 function( showbudget_test name )
-	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS" )
+	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS;PROPERTIES" )
 	add_executable( ${name} ${test_SOURCES} )
 	set( environment "${showbudgetLeakOptions}" )
 	if( test_QT )
@@ -36,7 +36,7 @@ function( showbudget_test name )
 		target_compile_options( ${name} PRIVATE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> )
 	endif()
 	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" )
+		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" ${test_PROPERTIES} )
 endfunction()
 
 # showbudget_fuzzer( NAME SOURCES file... LIBRARIES target... CORPUS folder )

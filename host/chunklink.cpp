@@ -24,6 +24,13 @@ bool IsConnectedToItself( const QTcpSocket &socket )
 {
 	return socket.localPort() == socket.peerPort() && socket.localAddress() == socket.peerAddress();
 }
+
+// A connection that ends in the usual way keeps its port taken for another minute.
+void LeaveAtOnce( const QTcpSocket &socket )
+{
+	const linger reset = { 1, 0 };
+	setsockopt( static_cast<int>( socket.socketDescriptor() ), SOL_SOCKET, SO_LINGER, &reset, sizeof( reset ) );
+}
 } // namespace
 
 // What may be handed over before the event loop gets its next turn: enough for the traffic of several engines at full
@@ -118,6 +125,7 @@ void CChunkLink::OnConnected()
 {
 	if ( IsConnectedToItself( m_Socket ) )
 	{
+		LeaveAtOnce( m_Socket );
 		End( EndKind::Lost, tr( "nobody listens there" ) );
 		return;
 	}

@@ -1,5 +1,6 @@
 #include "hostsettings.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -14,11 +15,29 @@ constexpr const char *STYLE_KEY = "style";
 constexpr const char *RECENT_KEY = "recent_addresses";
 constexpr const char *WINDOW_KEY = "main_window";
 constexpr const char *SUB_TOOLS_KEY = "sub_tools";
+constexpr const char *GEOMETRY_KEY = "geometry";
+constexpr const char *STATE_KEY = "state";
+constexpr const char *CHECK_KEY = "check";
 
 const KeyValues *FindTree( const KeyValues &root, const char *pKey )
 {
 	const KeyValues *pTree = root.FindKey( pKey );
 	return pTree && pTree->IsSubTree() ? pTree : nullptr;
+}
+
+// Tells a change from what was saved, by accident or by hand; it protects from nobody.
+QByteArray CheckValue( const KeyValues &window )
+{
+	QCryptographicHash hash( QCryptographicHash::Sha1 );
+	for ( const char *pKey : { GEOMETRY_KEY, STATE_KEY } )
+		hash.addData( QByteArray( window.GetString( pKey ) ) + '\n' );
+	return hash.result().toHex();
+}
+
+bool IsBase64( const QByteArray &text )
+{
+	const auto result = QByteArray::fromBase64Encoding( text, QByteArray::AbortOnBase64DecodingErrors );
+	return result && ( *result ).toBase64() == text;
 }
 } // namespace
 
@@ -36,6 +55,24 @@ CHostSettings::CHostSettings( const QString &path )
 	const std::string file = QFile::encodeName( path ).toStdString();
 	if ( m_Root.LoadSettingsFile( file.c_str(), &error, &keptAs ) == KeyValues::LoadResult::Unreadable )
 		m_bMaySave = !keptAs.empty();
+	DropDamagedWindowValues();
+}
+
+// Files of older versions have no check value: there the texts must at least be what an encoder writes.
+void CHostSettings::DropDamagedWindowValues()
+{
+	KeyValues *pWindow = m_Root.FindKey( WINDOW_KEY );
+	if ( !pWindow || !pWindow->IsSubTree() )
+		return;
+	const QByteArray check = pWindow->GetString( CHECK_KEY );
+	const bool bChanged = !check.isEmpty() && check != CheckValue( *pWindow );
+	bool bDropped = false;
+	for ( const char *pKey : { GEOMETRY_KEY, STATE_KEY } )
+		if ( bChanged || !IsBase64( pWindow->GetString( pKey ) ) )
+			bDropped = pWindow->RemoveKey( pKey ) || bDropped;
+	if ( bDropped )
+		Warning(
+			"The main window does not get its old place and size: they are damaged in %s\n", qUtf8Printable( m_Path ) );
 }
 
 bool CHostSettings::Save()
@@ -90,28 +127,25 @@ void CHostSettings::SetRecentAddresses( const QStringList &addresses )
 QByteArray CHostSettings::ReadWindowKey( const char *pKey ) const
 {
 	const KeyValues *pWindow = FindTree( m_Root, WINDOW_KEY );
-	if ( !pWindow )
-		return {};
-	const auto result =
-		QByteArray::fromBase64Encoding( pWindow->GetString( pKey ), QByteArray::AbortOnBase64DecodingErrors );
-	return result ? *result : QByteArray();
+	return pWindow ? QByteArray::fromBase64( pWindow->GetString( pKey ) ) : QByteArray();
 }
 
 QByteArray CHostSettings::WindowGeometry() const
 {
-	return ReadWindowKey( "geometry" );
+	return ReadWindowKey( GEOMETRY_KEY );
 }
 
 QByteArray CHostSettings::WindowState() const
 {
-	return ReadWindowKey( "state" );
+	return ReadWindowKey( STATE_KEY );
 }
 
 void CHostSettings::SetWindow( const QByteArray &geometry, const QByteArray &state )
 {
 	auto *pWindow = new KeyValues( WINDOW_KEY );
-	pWindow->SetString( "geometry", geometry.toBase64().constData() );
-	pWindow->SetString( "state", state.toBase64().constData() );
+	pWindow->SetString( GEOMETRY_KEY, geometry.toBase64().constData() );
+	pWindow->SetString( STATE_KEY, state.toBase64().constData() );
+	pWindow->SetString( CHECK_KEY, CheckValue( *pWindow ).constData() );
 	m_Root.AddSubTree( pWindow );
 }
 

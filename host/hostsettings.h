@@ -14,7 +14,7 @@
 //	{
 //		"style"		"dark"
 //		"recent_addresses"	{ "0" "127.0.0.1:27190" … }
-//		"main_window"	{ "geometry" "base64" "state" "base64" }
+//		"main_window"	{ "geometry" "base64" "state" "base64" "check" "hash of both" }
 //		"sub_tools"	{ "Tessel_SubTool_001_…" { … } }
 //	}
 //
@@ -26,7 +26,8 @@ public:
 	static QString DefaultPath();
 
 	// A missing file gives the defaults. One that cannot be read is kept aside under another name and reported (through
-	// Warning); where even that fails nothing is ever saved to the path.
+	// Warning); where even that fails nothing is ever saved to the path. Place and size of the window are dropped, with
+	// one Warning, when they are not what was saved: the toolkit would believe them.
 	explicit CHostSettings( const QString &path );
 
 	const QString &Path() const { return m_Path; }
@@ -40,7 +41,7 @@ public:
 	QStringList RecentAddresses() const; // the newest first; what is no address is left out
 	void SetRecentAddresses( const QStringList &addresses );
 
-	// Empty when nothing is kept, or when it is no base64 text.
+	// Empty when nothing is kept.
 	QByteArray WindowGeometry() const;
 	QByteArray WindowState() const;
 	void SetWindow( const QByteArray &geometry, const QByteArray &state );
@@ -50,6 +51,7 @@ public:
 
 private:
 	QByteArray ReadWindowKey( const char *pKey ) const;
+	void DropDamagedWindowValues();
 
 	QString m_Path;
 	KeyValues m_Root;

@@ -1,17 +1,16 @@
 #include "endtoend/liveconsole.h"
 
 #include <QAction>
-#include <QApplication>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
-#include <QLabel>
-#include <QStatusBar>
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 
+#include "endtoend/budgetwindow.h"
 #include "keel0/memalloc.h"
 #include "targetconnection.h"
 #include "wire/chunks.h"
@@ -50,29 +49,17 @@ CLiveConsole::CLiveConsole( uint16_t nPort, const char *pSettings )
 
 QMainWindow *CLiveConsole::Window() const
 {
-	for ( QWidget *pWidget : QApplication::topLevelWidgets() )
-	{
-		if ( std::strcmp( pWidget->metaObject()->className(), "CQBudgetWidget" ) == 0 )
-			return qobject_cast<QMainWindow *>( pWidget );
-	}
-	return nullptr;
+	return FindBudgetWindow();
 }
 
 QString CLiveConsole::StatusText( const QString &prefix ) const
 {
-	if ( !Window() )
-		return {};
-	for ( const QLabel *pLabel : Window()->statusBar()->findChildren<QLabel *>() )
-	{
-		if ( pLabel->text().trimmed().startsWith( prefix ) )
-			return pLabel->text().trimmed();
-	}
-	return {};
+	return BudgetWindowStatus( prefix );
 }
 
 int CLiveConsole::SampleCount() const
 {
-	return StatusText( QStringLiteral( "Samples:" ) ).section( ' ', 1 ).toInt();
+	return BudgetWindowSamples();
 }
 
 double CLiveConsole::FrameMilliseconds() const

@@ -23,8 +23,7 @@ public:
 
 	CTesselHost &Host() { return *m_pHost; }
 
-	// The Show Budget window, null while there is none. Everything is read through Qt's own properties: the window's
-	// class is inside the module.
+	// The Show Budget window, null while there is none.
 	QMainWindow *Window() const;
 	QString StatusText( const QString &prefix ) const; // of the status bar label that begins so; empty when none does
 	int SampleCount() const;                           // behind "Samples: "; 0 for "No Samples."

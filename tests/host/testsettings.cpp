@@ -100,12 +100,48 @@ TEST_F( HostSettings, IgnoresValuesThatMakeNoSense )
 	WriteFile( "\"Tessel\" { \"style\" \"pink\" \"recent_addresses\" { \"0\" \"good:1\" \"1\" \"bad:x\" \"2\" { } "
 			   "\"3\" \"good:1\" \"4\" \"LAST\" } \"main_window\" { \"geometry\" \"!!\" \"state\" \"QUJD\" } "
 			   "\"sub_tools\" \"no tree\" }" );
+	CExpectWarnings expected;
 	CHostSettings settings( m_Path );
+	EXPECT_EQ( expected.Take().size(), 1u );
 	EXPECT_EQ( settings.Style(), StyleChoice::System );
 	EXPECT_EQ( settings.RecentAddresses(), QStringList( { "good:1", "last:27190" } ) );
 	EXPECT_TRUE( settings.WindowGeometry().isEmpty() );
 	EXPECT_EQ( settings.WindowState(), "ABC" );
 	EXPECT_EQ( settings.SubTools().GetCount(), 0 );
+}
+
+TEST_F( HostSettings, DropsAPlaceOfTheWindowThatIsNotWhatWasSaved )
+{
+	{
+		CHostSettings settings( m_Path );
+		settings.SetWindow( "geometry", "state" );
+		EXPECT_TRUE( settings.Save() );
+	}
+	const QByteArray saved = ReadFile( m_Path );
+	const QByteArray state = QByteArray( "state" ).toBase64();
+	// Valid base64 of another text, which only the check value can tell from what was saved.
+	WriteFile( QByteArray( saved ).replace( state, QByteArray( "State" ).toBase64() ) );
+	CExpectWarnings expected;
+	CHostSettings settings( m_Path );
+	EXPECT_TRUE( settings.WindowGeometry().isEmpty() );
+	EXPECT_TRUE( settings.WindowState().isEmpty() );
+	const std::vector<std::string> warnings = expected.Take();
+	ASSERT_EQ( warnings.size(), 1u );
+	EXPECT_THAT( warnings[0], testing::AllOf( HasSubstr( "place and size" ), HasSubstr( m_Path.toStdString() ) ) );
+}
+
+TEST_F( HostSettings, TakesAPlaceWithoutACheckValueOnlyAsAnEncoderWritesIt )
+{
+	for ( const char *pText : { "QUJ", "QUJD=", "QUI=QUI=", "QUJ D", "QUJ!", "QR==" } )
+	{
+		WriteFile(
+			QByteArray( "\"Tessel\" { \"main_window\" { \"geometry\" \"" ) + pText + "\" \"state\" \"QUJD\" } }" );
+		CExpectWarnings expected;
+		CHostSettings settings( m_Path );
+		EXPECT_TRUE( settings.WindowGeometry().isEmpty() ) << pText;
+		EXPECT_EQ( settings.WindowState(), "ABC" ) << pText;
+		EXPECT_EQ( expected.Take().size(), 1u ) << pText;
+	}
 }
 
 TEST_F( HostSettings, SaysWhenItCannotSave )

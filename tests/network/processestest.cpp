@@ -1,0 +1,208 @@
+// The console and an engine as processes of their own that are killed, stopped and cut off from each other.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <random>
+
+#include "host/waitfor.h"
+#include "network/child.h"
+#include "network/namespaces.h"
+#include "support/randomseed.h"
+
+namespace
+{
+constexpr int PATIENCE_MS = 60000;
+constexpr int END_NOTICED_MS = 1000;       // a process that ends tells its peer at once
+constexpr int CUT_NOTICED_MS = 5000;       // a network that is gone tells nobody
+constexpr int RECONNECTED_MS = 2000;       // from when the engine listens again
+constexpr int CABLE_RECONNECTED_MS = 6000; // an attempt may just have begun to wait for three seconds
+
+bool IsLongRun()
+{
+	return qEnvironmentVariableIsSet( "SHOWBUDGET_LONG" );
+}
+
+class Processes : public testing::Test
+{
+protected:
+	Processes()
+		: m_nSeed( RandomSeed() )
+		, m_Random( m_nSeed )
+	{
+		std::printf( "%s\n", SeedText( m_nSeed ).c_str() );
+	}
+
+	static QStringList DemoEngine( const QString &address = "127.0.0.1", const QString &port = "0" )
+	{
+		return { DEMO_ENGINE, "--bind", address, "--port", port, "--bodies", "100" };
+	}
+	static QStringList Console( const QString &address ) { return { CONSOLE_PROBE, address }; }
+
+	// Starts both and waits until samples come.
+	void StartSampling( const QStringList &engine )
+	{
+		m_Engine.Start( engine );
+		m_Address = WaitForAddress( m_Engine );
+		ASSERT_FALSE( m_Address.isEmpty() ) << "the engine does not listen";
+		m_Console.Start( Console( m_Address ) );
+		ASSERT_TRUE( WaitForMoreSamples( m_Console ) ) << m_Console.Text().toStdString();
+	}
+
+	static int Samples( const CChild &console ) { return console.Last( "samples " ).toInt(); }
+	static bool WaitForMoreSamples( CChild &console, int nMore = 3 )
+	{
+		const int nWanted = Samples( console ) + nMore;
+		return WaitFor( [&]() { return Samples( console ) >= nWanted; }, PATIENCE_MS );
+	}
+	static bool WaitForState( CChild &console, const char *pState, int nFrom, int nMilliseconds )
+	{
+		return console.WaitForLine( QString( "state %1" ).arg( pState ), nFrom, nMilliseconds ) >= 0;
+	}
+
+	int Random( int nLimit ) { return static_cast<int>( m_Random() % static_cast<uint32_t>( nLimit ) ); }
+
+	uint32_t m_nSeed;
+	std::mt19937 m_Random;
+	CChild m_Engine;
+	CChild m_Console;
+	QString m_Address;
+};
+
+TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
+{
+	ASSERT_NO_FATAL_FAILURE( StartSampling( DemoEngine() ) );
+	const int nRounds = IsLongRun() ? 100 : 4;
+	for ( int nRound = 0; nRound < nRounds; nRound++ )
+	{
+		SCOPED_TRACE( testing::Message() << "round " << nRound );
+		// Each line of the console is a moment: connecting, greeting, the first samples and later ones.
+		ASSERT_TRUE( m_Console.WaitForLines( m_Console.Count() + Random( 30 ), PATIENCE_MS ) );
+		const bool bWasConnected = m_Console.Last( "state " ) == "3";
+		const int nSamples = Samples( m_Console );
+		const int nFrom = m_Console.Count();
+		ASSERT_TRUE( m_Engine.EndAndWait( nRound % 2 == 0 ? SIGKILL : SIGTERM ) );
+		if ( bWasConnected )
+		{
+			ASSERT_TRUE( WaitForState( m_Console, "1", nFrom, END_NOTICED_MS ) ) << m_Console.Text().toStdString();
+			ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
+			ASSERT_GE( Samples( m_Console ), nSamples ) << "what was sampled stays";
+		}
+		const int nAway = m_Console.Count();
+		const int nLinesOfEngine = m_Engine.Count();
+		m_Engine.Start( DemoEngine( "127.0.0.1", m_Address.section( ':', 1 ) ) );
+		ASSERT_EQ( WaitForAddress( m_Engine, nLinesOfEngine ), m_Address );
+		ASSERT_TRUE( WaitForState( m_Console, "3", nAway, RECONNECTED_MS ) ) << m_Console.Text().toStdString();
+		m_Console.Write( "start\n" );
+		ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Running."; }, PATIENCE_MS ) );
+	}
+	ASSERT_TRUE( WaitForMoreSamples( m_Console ) );
+	EXPECT_TRUE( m_Console.CloseInputAndWait() );
+}
+
+TEST_F( Processes, AConsoleThatIsKilledAtAnyMomentLeavesTheEngineAndOtherConsolesAlone )
+{
+	ASSERT_NO_FATAL_FAILURE( StartSampling( DemoEngine() ) );
+	const int nDescriptors = m_Engine.OpenDescriptors();
+	const int nRounds = IsLongRun() ? 100 : 4;
+	for ( int nRound = 0; nRound < nRounds; nRound++ )
+	{
+		SCOPED_TRACE( testing::Message() << "round " << nRound );
+		CChild victim;
+		victim.Start( Console( m_Address ) );
+		ASSERT_TRUE( victim.WaitForLines( Random( 30 ), PATIENCE_MS ) );
+		ASSERT_TRUE( victim.EndAndWait( SIGKILL ) );
+		ASSERT_TRUE( WaitForMoreSamples( m_Console ) );
+	}
+	EXPECT_EQ( m_Console.CountOf( "state 3" ), 1 ) << m_Console.Text().toStdString();
+	// More consoles were killed than may be connected at once, and none of them is left.
+	EXPECT_TRUE( WaitFor( [&]() { return m_Engine.OpenDescriptors() == nDescriptors; }, PATIENCE_MS ) )
+		<< nDescriptors << " descriptors before, " << m_Engine.OpenDescriptors() << " now";
+}
+
+TEST_F( Processes, AnEngineThatIsStoppedIsShownAsStalledAndGoesOnInTheSameSession )
+{
+	ASSERT_NO_FATAL_FAILURE( StartSampling( DemoEngine() ) );
+	const int nFrom = m_Console.Count();
+	m_Engine.Signal( SIGSTOP );
+	ASSERT_GE( m_Console.WaitForLine( "stalled 1", nFrom, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
+	const int nSamples = Samples( m_Console );
+	m_Engine.Signal( SIGCONT );
+	ASSERT_GE( m_Console.WaitForLine( "stalled 0", nFrom, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
+	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
+	EXPECT_GT( Samples( m_Console ), nSamples );
+	EXPECT_EQ( m_Console.CountOf( "state", nFrom ), 0 ) << "one session: " << m_Console.Text().toStdString();
+	EXPECT_EQ( m_Console.CountOf( "report stalled: nothing came for 3 s" ), 1 );
+	EXPECT_EQ( m_Console.CountOf( "report no longer stalled" ), 1 );
+}
+
+TEST_F( Processes, AConsoleThatIsStoppedLosesWholeFramesShowsHowManyAndKeepsItsSession )
+{
+	ASSERT_NO_FATAL_FAILURE( StartSampling( { FLOOD_ENGINE } ) );
+	CChild witness;
+	witness.Start( Console( m_Address ) );
+	ASSERT_TRUE( WaitForMoreSamples( witness ) ) << witness.Text().toStdString();
+	const int nFrom = m_Console.Count();
+	m_Console.Signal( SIGSTOP );
+	// More bytes than fit into the engine's queue and both systems' buffers, over several seconds.
+	const int nFrames = IsLongRun() ? 60000 : 16000;
+	EXPECT_TRUE( WaitForMoreSamples( witness, nFrames ) ) << "the engine does not wait";
+	m_Console.Signal( SIGCONT );
+	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "dropped " ).toULongLong() > 0; }, PATIENCE_MS ) )
+		<< m_Console.Text().toStdString();
+	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
+	EXPECT_EQ( m_Console.CountOf( "state", nFrom ), 0 ) << "one session: " << m_Console.Text().toStdString();
+}
+
+class Hosts : public Processes
+{
+protected:
+	void SetUp() override
+	{
+		if ( !m_Hosts.SetUp() )
+			GTEST_SKIP() << "this machine does not allow network namespaces: " << m_Hosts.Problem().toStdString();
+	}
+
+	CTwoHosts m_Hosts;
+};
+
+TEST_F( Hosts, ACutCableIsNoticedByBothAndTheConsoleComesBackWithWhatItHad )
+{
+	m_Engine.Start( m_Hosts.OnFirst( DemoEngine( CTwoHosts::FirstAddress(), "27190" ) ) );
+	ASSERT_FALSE( WaitForAddress( m_Engine ).isEmpty() );
+	const int nDescriptors = m_Engine.OpenDescriptors();
+	m_Console.Start( m_Hosts.OnSecond( Console( CTwoHosts::FirstAddress() + ":27190" ) ) );
+	ASSERT_TRUE( WaitForMoreSamples( m_Console ) ) << m_Console.Text().toStdString();
+
+	const int nFrom = m_Console.Count();
+	ASSERT_TRUE( m_Hosts.SetLink( false ) ) << m_Hosts.Problem().toStdString();
+	ASSERT_TRUE( WaitForState( m_Console, "1", nFrom, CUT_NOTICED_MS ) ) << m_Console.Text().toStdString();
+	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
+	const int nSamples = Samples( m_Console );
+	EXPECT_GT( nSamples, 0 );
+	EXPECT_TRUE( WaitFor( [&]() { return m_Engine.OpenDescriptors() == nDescriptors; }, CUT_NOTICED_MS ) )
+		<< "the engine keeps a connection to nobody";
+
+	const int nAway = m_Console.Count();
+	ASSERT_TRUE( m_Hosts.SetLink( true ) ) << m_Hosts.Problem().toStdString();
+	ASSERT_TRUE( WaitForState( m_Console, "3", nAway, CABLE_RECONNECTED_MS ) ) << m_Console.Text().toStdString();
+	EXPECT_EQ( Samples( m_Console ), nSamples );
+	m_Console.Write( "start\n" );
+	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
+}
+
+TEST_F( Hosts, AConsoleNeverMistakesItselfForTheEngineThatItWaitsFor )
+{
+	// The system may give an attempt the very port as its own that it tries to reach. Here there is no other.
+	constexpr int nPort = 40000;
+	ASSERT_TRUE( m_Hosts.SetPortsOfFirst( nPort, nPort + 1 ) ) << m_Hosts.Problem().toStdString();
+	const QString address = QString( "127.0.0.1:%1" ).arg( nPort );
+	m_Console.Start( m_Hosts.OnFirst( Console( address ) ) );
+	ASSERT_GE( m_Console.WaitForLine( "report cannot connect: nobody listens there", 0, PATIENCE_MS ), 0 )
+		<< m_Console.Text().toStdString();
+	ASSERT_TRUE( WaitFor( [this]() { return m_Console.CountOf( "state 2" ) >= 4; }, PATIENCE_MS ) );
+	EXPECT_EQ( m_Console.CountOf( "state 3" ), 0 ) << m_Console.Text().toStdString();
+	m_Engine.Start( m_Hosts.OnFirst( DemoEngine( "127.0.0.1", QString::number( nPort ) ) ) );
+	EXPECT_EQ( WaitForAddress( m_Engine ).toStdString(), address.toStdString() );
+	EXPECT_TRUE( WaitForState( m_Console, "3", 0, PATIENCE_MS ) ) << m_Console.Text().toStdString();
+}
+} // namespace
