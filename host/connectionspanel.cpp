@@ -84,7 +84,21 @@ QWidget *CQConnectionsPanel::MakeList()
 	connect( m_pView->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
 		&CQConnectionsPanel::OnCurrentRowChanged );
 	connect( m_pView, &QTreeView::doubleClicked, this, &CQConnectionsPanel::OnToggleClicked );
+	MakeHint();
 	return m_pView;
+}
+
+void CQConnectionsPanel::MakeHint()
+{
+	m_pHint = new QLabel( tr( "Enter above where an engine listens, and press Connect. "
+							  "Without an engine at hand, start this program with --demo." ) );
+	m_pHint->setObjectName( "ConnectionHint" );
+	m_pHint->setAlignment( Qt::AlignCenter );
+	m_pHint->setWordWrap( true );
+	m_pHint->setForegroundRole( QPalette::PlaceholderText );
+	m_pHint->setAttribute( Qt::WA_TransparentForMouseEvents );
+	auto *pLayout = new QVBoxLayout( m_pView->viewport() );
+	pLayout->addWidget( m_pHint );
 }
 
 QWidget *CQConnectionsPanel::MakeButtons()
@@ -178,6 +192,7 @@ void CQConnectionsPanel::OnCurrentRowChanged( const QModelIndex &index )
 void CQConnectionsPanel::OnUpdate()
 {
 	const CTargetConnection *pConnection = m_List.Current();
+	m_pHint->setVisible( m_List.Count() == 0 );
 	m_pToggle->setEnabled( pConnection );
 	m_pRemove->setEnabled( pConnection );
 	m_pToggle->setText( pConnection && pConnection->IsWanted() ? tr( "Disconnect" ) : tr( "Connect" ) );

@@ -47,6 +47,7 @@ private:
 	QWidget *MakeAddressBar();
 	QWidget *MakeList();
 	QWidget *MakeButtons();
+	void MakeHint();
 	void ShowError( const QString &error );
 
 	CConnectionList &m_List;
@@ -54,6 +55,7 @@ private:
 	QComboBox *m_pAddressBox = nullptr;
 	QLabel *m_pError = nullptr;
 	QTreeView *m_pView = nullptr;
+	QLabel *m_pHint = nullptr; // in the place of the list's first lines, while there are none
 	QPushButton *m_pToggle = nullptr;
 	QPushButton *m_pRemove = nullptr;
 };

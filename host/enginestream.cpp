@@ -53,11 +53,12 @@ CEngineStream::Event CEngineStream::Feed( std::span<const uint8_t> &bytes )
 	if ( m_Refusal != Refusal::None )
 		return Event::Refused;
 	const auto result = m_Assembler.Feed( bytes );
-	if ( result == wire::CChunkAssembler::Result::Refused )
-		return Refuse( Refusal::Foreign, DescribeProblem( m_Assembler.Problem(), m_Assembler.Header() ) );
+	// Of a server of another kind, what it is not says more than which of its bytes are wrong.
 	if ( !m_bGreeted )
 		if ( const QString problem = ProblemOfFirstChunk(); !problem.isEmpty() )
 			return Refuse( Refusal::Foreign, problem );
+	if ( result == wire::CChunkAssembler::Result::Refused )
+		return Refuse( Refusal::Foreign, DescribeProblem( m_Assembler.Problem(), m_Assembler.Header() ) );
 	if ( result == wire::CChunkAssembler::Result::NeedMore )
 		return Event::NeedMore;
 	return m_bGreeted ? Event::Chunk : Greet();

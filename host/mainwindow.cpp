@@ -111,7 +111,11 @@ void CQMainWindow::OnCurrentConnectionChanged()
 {
 	const CTargetConnection *pCurrent = m_List.Current();
 	for ( QAction *pAction : m_SubToolActions )
+	{
 		pAction->setEnabled( pCurrent || !pAction->data().toBool() );
+		pAction->setToolTip(
+			pAction->isEnabled() ? pAction->text() : tr( "%1: connect to an engine first" ).arg( pAction->text() ) );
+	}
 	m_pConsole->SetCommandTarget( pCurrent && pCurrent->IsConnected() ? pCurrent->Name() : QString() );
 }
 

@@ -105,6 +105,8 @@ bool CTesselHost::Start( QString &error )
 		m_pConnections->SetCurrent( m_pConnections->At( 0 ) );
 	if ( m_Options.m_bDemo )
 		StartDemo();
+	if ( m_Options.m_Connect.empty() && !m_Options.m_bDemo )
+		m_pWindow->Connections().OnFocusAddress();
 	// Later, because opening asks the user where a file is damaged, and the program's loop must run by then.
 	QMetaObject::invokeMethod( this, &CTesselHost::OpenRecordings, Qt::QueuedConnection );
 	return true;

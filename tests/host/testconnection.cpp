@@ -241,7 +241,8 @@ TEST_F( Connection, RefusesAFirstChunkThatIsNoGreetingBeforeItIsWhole )
 
 TEST_F( Connection, RefusesAServerOfAnotherKind )
 {
-	EXPECT_FALSE( ProblemAfter( "HTTP/1.1 400 Bad Request\r\nServer: x\r\n\r\n" ).isEmpty() );
+	EXPECT_EQ( ProblemAfter( "HTTP/1.1 400 Bad Request\r\nServer: x\r\n\r\n" ),
+		"its first chunk is HTTP and not 'HELO': this is no engine" );
 	EXPECT_GE( m_Connection.MillisecondsToRetry(), 1000 ) << "a peer of another kind is left alone for a while";
 }
 

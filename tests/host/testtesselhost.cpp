@@ -130,6 +130,19 @@ TEST_F( TesselHost, ConnectsToWhatTheAddressBarSaysAndRemembersIt )
 	EXPECT_EQ( Child<QComboBox>( "AddressBar" )->currentText(), m_Peer.Address().ToString() );
 }
 
+TEST_F( TesselHost, TellsWhatToDoWhileThereIsNoConnection )
+{
+	Start();
+	EXPECT_EQ( m_pHost->Window().focusWidget(), Child<QComboBox>( "AddressBar" ) );
+	EXPECT_EQ( Child<QComboBox>( "AddressBar" )->lineEdit()->selectedText(), "127.0.0.1:27190" );
+	const auto *pHint = Child<QLabel>( "ConnectionHint" );
+	EXPECT_TRUE( pHint->isVisible() );
+	m_pHost->Connections().Add( m_Peer.Address() );
+	EXPECT_FALSE( pHint->isVisible() );
+	m_pHost->Connections().RemoveAll();
+	EXPECT_TRUE( pHint->isVisible() );
+}
+
 TEST_F( TesselHost, ShowsOneLineForABadAddressUntilItIsEdited )
 {
 	Start();
@@ -195,8 +208,10 @@ TEST_F( TesselHost, EnablesSubToolsOnlyWhileThereIsAConnection )
 	Start();
 	ASSERT_NE( SubToolAction(), nullptr );
 	EXPECT_FALSE( SubToolAction()->isEnabled() );
+	EXPECT_EQ( SubToolAction()->toolTip(), "Show Budget: connect to an engine first" );
 	EXPECT_EQ( m_pHost->GetCurrentConnection(), nullptr );
 	m_pHost->Connections().Add( m_Peer.Address() );
+	EXPECT_EQ( SubToolAction()->toolTip(), "Show Budget" );
 	EXPECT_TRUE( SubToolAction()->isEnabled() ) << "its window may be opened before the engine answers";
 	m_pHost->Connections().RemoveAll();
 	EXPECT_FALSE( SubToolAction()->isEnabled() );
