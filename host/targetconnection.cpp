@@ -189,9 +189,22 @@ void CTargetConnection::TakeHostChunk( const wire::ChunkHeader &header, std::spa
 	if ( header.m_nVersion != wire::CHUNK_VERSION )
 		return;
 	if ( header.m_nType == wire::CHUNK_DROPPED )
-		m_nDroppedFrames = wire::ReadDropped( payload ).value_or( m_nDroppedFrames );
-	if ( header.m_nType != wire::CHUNK_PRINT || m_bDeliveryStopped )
-		return;
+		TakeDropped( wire::ReadDropped( payload ).value_or( m_nDroppedFrames ) );
+	else if ( header.m_nType == wire::CHUNK_PRINT && !m_bDeliveryStopped )
+		TakePrint( payload );
+}
+
+// The list shows how many; that it happens at all is worth a line, once a session.
+void CTargetConnection::TakeDropped( uint64_t nFrames )
+{
+	const bool bFirst = m_nDroppedFrames == 0 && nFrames > 0;
+	m_nDroppedFrames = nFrames;
+	if ( bFirst )
+		emit Reported( LoggingSeverity::Warning, tr( "leaves frames out, because this console reads too slowly" ) );
+}
+
+void CTargetConnection::TakePrint( std::span<const uint8_t> payload )
+{
 	if ( const std::optional<wire::PrintLine> line = wire::ReadPrint( payload ) )
 	{
 		const int nLength = static_cast<int>( std::min( line->m_Text.size(), wire::MAX_PRINT_TEXT ) );

@@ -99,6 +99,8 @@ private:
 	void Attempt();
 	int DelayAfter( CChunkLink::EndKind kind );
 	void TakeHostChunk( const wire::ChunkHeader &header, std::span<const uint8_t> payload );
+	void TakeDropped( uint64_t nFrames );
+	void TakePrint( std::span<const uint8_t> payload );
 	void NoteLifeSign( uint32_t nChunkType );
 	void NoteForeignVersion( const wire::ChunkHeader &header );
 	void ReportProblem( const QString &problem );

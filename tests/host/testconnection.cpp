@@ -187,6 +187,10 @@ TEST_F( Connection, CountsTheFramesThatTheEngineDropped )
 	m_Peer.SendChunk( wire::FourCC( "PRNT" ), BigEndian32( 0 ) + "behind" );
 	ASSERT_TRUE( WaitFor( [this]() { return !m_Prints.empty(); } ) );
 	EXPECT_EQ( m_Connection.DroppedFrames(), ( 1ull << 32 ) + 7 ) << "a damaged count changes nothing";
+	m_Peer.SendChunk( wire::FourCC( "DROP" ), BigEndian32( 2 ) + BigEndian32( 0 ) );
+	ASSERT_TRUE( WaitFor( [this]() { return m_Connection.DroppedFrames() == 2ull << 32; } ) );
+	EXPECT_THAT( m_Reports, ElementsAre( "connected to engine (process 4711)",
+								"leaves frames out, because this console reads too slowly" ) );
 }
 
 TEST_F( Connection, PutsTheHeaderInFrontOfWhatItSends )

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -150,6 +151,16 @@ TEST( ConsoleModel, ShowsTimeSourceAndTextAndCopiesThemWhole )
 	EXPECT_EQ( model.index( 1, CConsoleModel::TextColumn ).data().toString().size(), CConsoleModel::SHOWN_LENGTH );
 	EXPECT_EQ( model.index( 1, 0 ).data( CConsoleModel::LineRole ).toString(),
 		"12:34:56.789 [tessel] " + QString( 5000, 'x' ) );
+}
+
+TEST( ConsoleModel, ShowsWhatCannotBeShownAsAReplacementAndCopiesItAsItCame )
+{
+	const QString text = QString::fromUtf16( u"<b>a</b> &amp; \u202Eb\u001B[31m" ) + QChar( 0 ) + "c";
+	CConsoleModel model;
+	Append( model, { Line( text ) } );
+	EXPECT_EQ( model.index( 0, CConsoleModel::TextColumn ).data().toString(),
+		QString::fromUtf16( u"<b>a</b> &amp; \uFFFDb\uFFFD[31m\uFFFDc" ) );
+	EXPECT_TRUE( model.index( 0, 0 ).data( CConsoleModel::LineRole ).toString().endsWith( text ) );
 }
 
 // Relative luminance and contrast as accessibility guidelines define them.
@@ -381,6 +392,16 @@ TEST_F( ConsolePanel, TakesCommandsOnlyWhenThereIsSomebodyToSendThemTo )
 	EXPECT_TRUE( pCommand->isEnabled() );
 	m_Panel.SetCommandTarget( QString() );
 	EXPECT_FALSE( pCommand->isEnabled() );
+}
+
+TEST_F( ConsolePanel, NamesTheEngineOfTheCommandLineAsItIs )
+{
+	m_Panel.SetCommandTarget( "<i>a</i> && b\n" );
+	bool bShown = false;
+	for ( const QLabel *pLabel : m_Panel.findChildren<QLabel *>() )
+		bShown = bShown || ( pLabel->text() == "<i>a</i> && b\uFFFD >" && pLabel->textFormat() == Qt::PlainText &&
+							   !pLabel->buddy() );
+	EXPECT_TRUE( bShown );
 }
 
 TEST_F( ConsolePanel, SendsWhatIsEnteredAndRemembersIt )

@@ -73,6 +73,13 @@ TEST_F( Program, EndsWithStatus2ForASubToolThatThereIsNot )
 	EXPECT_THAT( ErrorOutput(), HasSubstr( "tessel: there is no sub-tool \"Nothing\"" ) );
 }
 
+TEST_F( Program, EndsWithStatus2ForATokenFileThatCannotBeRead )
+{
+	ASSERT_TRUE( Run( { "--token-file", "/no/such/token", "--settings", m_Folder.filePath( "s" ) } ) );
+	EXPECT_EQ( m_Process.exitCode(), 2 );
+	EXPECT_THAT( ErrorOutput(), HasSubstr( "tessel: cannot read the token file /no/such/token" ) );
+}
+
 TEST_F( Program, EndsWithStatus1AndALineWithoutADisplay )
 {
 	HideDisplay();

@@ -7,7 +7,6 @@
 #include <QComboBox>
 #include <QDockWidget>
 #include <QImage>
-#include <QImageReader>
 #include <QLabel>
 #include <QLibrary>
 #include <QLineEdit>
@@ -20,16 +19,12 @@
 #include <QTest>
 #include <QTreeWidget>
 
-#include <csignal>
-
 #include "connectionspanel.h"
 #include "consolepanel.h"
-#include "demoprocess.h"
 #include "keel0/memalloc.h"
 #include "keel0/platform.h"
 #include "miniprofilerpicture.h"
 #include "recordingconnection.h"
-#include "signalwatcher.h"
 #include "support/countingallocator.h"
 #include "targetconnection.h"
 #include "tesselhost.h"
@@ -252,6 +247,36 @@ TEST_F( TesselHost, GivesAWindowRoomTheFirstTimeAndLeavesItAloneLater )
 	Start();
 	ASSERT_TRUE( WaitUntilConnected() );
 	EXPECT_LT( FindWindow( "Show Budget - first" )->width(), screen.width() / 2 ) << "the sub-tool knows its size now";
+}
+
+TEST_F( TesselHost, SendsItsTokenAndNeverShowsOrSavesIt )
+{
+	QFile file( m_Folder.filePath( "token" ) );
+	ASSERT_TRUE( file.open( QIODevice::WriteOnly ) );
+	file.write( "secret\n" );
+	file.close();
+	m_Options.m_TokenFile = file.fileName();
+	m_Options.m_Connect = { m_Peer.Address() };
+	m_Peer.GreetWith( HelloBytes( QByteArray( "first\0secret", 12 ) ) );
+	Start();
+	ASSERT_TRUE( WaitUntilConnected() );
+	EXPECT_TRUE( WaitFor( [this]() { return m_Peer.Received().contains( QByteArray( "\0secret", 7 ) ); } ) );
+	EXPECT_THAT( ConsoleText().toStdString(), testing::Not( HasSubstr( "secret" ) ) );
+	m_pHost->ShutDown();
+	QFile settings( m_Options.m_SettingsFile );
+	ASSERT_TRUE( settings.open( QIODevice::ReadOnly ) );
+	EXPECT_FALSE( settings.readAll().contains( "secret" ) );
+}
+
+TEST_F( TesselHost, DoesNotStartWithATokenThatCannotBeUsed )
+{
+	m_Options.m_TokenFile = "/no/such/token";
+	m_Options.m_Connect = { m_Peer.Address() };
+	CTesselHost host( m_Options );
+	QString error;
+	EXPECT_FALSE( host.Start( error ) );
+	EXPECT_THAT( error.toStdString(), HasSubstr( "cannot read the token file /no/such/token" ) );
+	EXPECT_EQ( host.Connections().Count(), 0 ) << "nobody is asked without the token that was wanted";
 }
 
 TEST_F( TesselHost, RefusesToOpenASubToolThatThereIsNot )
@@ -535,121 +560,5 @@ TEST( Screenshot, OfTheMiniProfilerShowsItOpenAndGrouped )
 	EXPECT_TRUE( pGroup->isExpanded() );
 	EXPECT_EQ( ArrangeMiniProfiler( window ), pDock );
 	EXPECT_TRUE( pDock->isVisible() );
-}
-
-class DemoProcess : public testing::Test
-{
-protected:
-	DemoProcess()
-		: m_Demo( "/bin/sh" )
-	{
-		QObject::connect( &m_Demo, &CDemoProcess::Printed, &m_Demo,
-			[this]( LoggingSeverity, const QString &line ) { m_Lines += line; } );
-		QObject::connect( &m_Demo, &CDemoProcess::Listening, &m_Demo,
-			[this]( const TargetAddress &address ) { m_Addresses.push_back( address ); } );
-	}
-	CDemoProcess m_Demo;
-	QStringList m_Lines;
-	std::vector<TargetAddress> m_Addresses;
-};
-
-TEST_F( DemoProcess, TellsWhereTheChildListens )
-{
-	m_Demo.Start( { "-c", "echo hello; echo 'listening on 127.0.0.1:4321'; echo 'listening on 1.1.1.1:1'; exec cat" } );
-	ASSERT_TRUE( WaitFor( [this]() { return !m_Addresses.empty() && m_Lines.size() >= 2; } ) );
-	EXPECT_THAT( m_Addresses, ElementsAre( TargetAddress{ "127.0.0.1", 4321 } ) );
-	EXPECT_THAT( m_Lines, ElementsAre( "hello", "listening on 1.1.1.1:1" ) );
-}
-
-TEST_F( DemoProcess, FailsWithALineWhenTheChildEndsOrDoesNotStart )
-{
-	QSignalSpy failed( &m_Demo, &CDemoProcess::Failed );
-	m_Demo.Start( { "-c", "exit 3" } );
-	ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
-	EXPECT_THAT( failed[0][0].toString().toStdString(), HasSubstr( "/bin/sh ended with status 3" ) );
-	CDemoProcess absent( "/no/such/engine" );
-	QSignalSpy absentFailed( &absent, &CDemoProcess::Failed );
-	absent.Start();
-	ASSERT_TRUE( WaitFor( [&]() { return absentFailed.count() > 0; } ) );
-	EXPECT_THAT( absentFailed[0][0].toString().toStdString(), HasSubstr( "cannot start /no/such/engine" ) );
-}
-
-TEST( DemoProcessEnd, EndsTheChildWithTheObject )
-{
-	qint64 nProcessId = 0;
-	{
-		CDemoProcess demo( "/bin/sh" );
-		bool bListening = false;
-		QObject::connect( &demo, &CDemoProcess::Listening, &demo, [&bListening]() { bListening = true; } );
-		demo.Start( { "-c", "echo 'listening on 127.0.0.1:4321'; exec cat" } );
-		ASSERT_TRUE( WaitFor( [&bListening]() { return bListening; } ) );
-		nProcessId = demo.ProcessId();
-		ASSERT_GT( nProcessId, 0 );
-		EXPECT_EQ( kill( static_cast<pid_t>( nProcessId ), 0 ), 0 );
-	}
-	EXPECT_NE( kill( static_cast<pid_t>( nProcessId ), 0 ), 0 );
-}
-
-TEST( SignalWatcher, MakesAnEventOfASignal )
-{
-	CSignalWatcher watcher;
-	QSignalSpy stopped( &watcher, &CSignalWatcher::Stopped );
-	raise( SIGTERM );
-	raise( SIGINT );
-	ASSERT_TRUE( WaitFor( [&]() { return stopped.count() == 2; } ) );
-	EXPECT_EQ( stopped[0][0].toInt(), SIGTERM );
-	EXPECT_EQ( stopped[1][0].toInt(), SIGINT );
-}
-
-class Images : public testing::TestWithParam<const char *>
-{
-};
-
-double Lightness( QRgb nColour )
-{
-	return ( 0.2126 * qRed( nColour ) + 0.7152 * qGreen( nColour ) + 0.0722 * qBlue( nColour ) ) / 255.0;
-}
-
-TEST_P( Images, AreThereInTwoSizesAndShowOnDarkAndLightBackgrounds )
-{
-	RegisterImages();
-	const QString path = QString( "game:tools/images/%1.png" ).arg( GetParam() );
-	const QString largePath = QString( "game:tools/images/%1@2x.png" ).arg( GetParam() );
-	const QImage image = QImage( path ).convertToFormat( QImage::Format_ARGB32 );
-	EXPECT_EQ( image.size(), QSize( 24, 24 ) );
-	QImageReader largeReader( largePath );
-	EXPECT_EQ( largeReader.size(), QSize( 48, 48 ) );
-	int nSolid = 0;
-	int nOnDark = 0;
-	int nOnLight = 0;
-	for ( int y = 0; y < image.height(); y++ )
-	{
-		for ( int x = 0; x < image.width(); x++ )
-		{
-			const QRgb nPixel = image.pixel( x, y );
-			if ( qAlpha( nPixel ) < 200 )
-				continue;
-			nSolid++;
-			nOnDark += Lightness( nPixel ) - Lightness( DarkPalette().color( QPalette::Window ).rgb() ) > 0.15 ? 1 : 0;
-			nOnLight +=
-				Lightness( LightPalette().color( QPalette::Window ).rgb() ) - Lightness( nPixel ) > 0.15 ? 1 : 0;
-		}
-	}
-	EXPECT_GT( nSolid, 40 );
-	EXPECT_LT( nSolid, 24 * 24 ) << "the background shows through";
-	EXPECT_GT( nOnDark * 2, nSolid );
-	EXPECT_GT( nOnLight * 2, nSolid );
-}
-
-INSTANTIATE_TEST_SUITE_P(, Images,
-	testing::Values( "showbudgettool/start", "showbudgettool/stop", "showbudgettool/tick",
-		"showbudgettool/microprofiler", "showbudgettool/showbudget", "tessel/flamegraph", "common/control_pause",
-		"common/control_ff", "common/repeat_multiple", "/common/open", "/common/save", "/common/control_record",
-		"/common/control_stop" ) );
-
-TEST( ProgramImage, IsThere )
-{
-	RegisterImages();
-	EXPECT_EQ( QImage( "game:tools/images/tessel/tessel.png" ).size(), QSize( 24, 24 ) );
 }
 } // namespace
