@@ -17,7 +17,6 @@ constexpr const char *WINDOW_KEY = "main_window";
 constexpr const char *SUB_TOOLS_KEY = "sub_tools";
 constexpr const char *GEOMETRY_KEY = "geometry";
 constexpr const char *STATE_KEY = "state";
-constexpr const char *CHECK_KEY = "check";
 
 const KeyValues *FindTree( const KeyValues &root, const char *pKey )
 {
@@ -25,17 +24,30 @@ const KeyValues *FindTree( const KeyValues &root, const char *pKey )
 	return pTree && pTree->IsSubTree() ? pTree : nullptr;
 }
 
-// Tells a change from what was saved, by accident or by hand; it protects from nobody.
-QByteArray CheckValue( const KeyValues &window )
+QByteArray CheckKey( const char *pKey )
 {
-	QCryptographicHash hash( QCryptographicHash::Sha1 );
-	for ( const char *pKey : { GEOMETRY_KEY, STATE_KEY } )
-		hash.addData( QByteArray( window.GetString( pKey ) ) + '\n' );
-	return hash.result().toHex();
+	return QByteArray( pKey ) + "_check";
 }
 
-bool IsBase64( const QByteArray &text )
+// Tells a change from what was saved, by accident or by hand; it protects from nobody.
+QByteArray CheckValue( const QByteArray &text )
 {
+	return QCryptographicHash::hash( text, QCryptographicHash::Sha1 ).toHex();
+}
+
+void SetChecked( KeyValues &tree, const char *pKey, const QByteArray &bytes )
+{
+	const QByteArray text = bytes.toBase64();
+	tree.SetString( pKey, text.constData() );
+	tree.SetString( CheckKey( pKey ).constData(), CheckValue( text ).constData() );
+}
+
+// Files of older versions have no check value: there the text must at least be what an encoder writes.
+bool IsAsSaved( const KeyValues &tree, const char *pKey )
+{
+	const QByteArray text = tree.GetString( pKey );
+	if ( const QByteArray check = tree.GetString( CheckKey( pKey ).constData() ); !check.isEmpty() )
+		return check == CheckValue( text );
 	const auto result = QByteArray::fromBase64Encoding( text, QByteArray::AbortOnBase64DecodingErrors );
 	return result && ( *result ).toBase64() == text;
 }
@@ -58,21 +70,18 @@ CHostSettings::CHostSettings( const QString &path )
 	DropDamagedWindowValues();
 }
 
-// Files of older versions have no check value: there the texts must at least be what an encoder writes.
 void CHostSettings::DropDamagedWindowValues()
 {
 	KeyValues *pWindow = m_Root.FindKey( WINDOW_KEY );
 	if ( !pWindow || !pWindow->IsSubTree() )
 		return;
-	const QByteArray check = pWindow->GetString( CHECK_KEY );
-	const bool bChanged = !check.isEmpty() && check != CheckValue( *pWindow );
 	bool bDropped = false;
 	for ( const char *pKey : { GEOMETRY_KEY, STATE_KEY } )
-		if ( bChanged || !IsBase64( pWindow->GetString( pKey ) ) )
+		if ( !IsAsSaved( *pWindow, pKey ) )
 			bDropped = pWindow->RemoveKey( pKey ) || bDropped;
 	if ( bDropped )
 		Warning(
-			"The main window does not get its old place and size: they are damaged in %s\n", qUtf8Printable( m_Path ) );
+			"The main window does not get its old place or layout: it is damaged in %s\n", qUtf8Printable( m_Path ) );
 }
 
 bool CHostSettings::Save()
@@ -143,9 +152,8 @@ QByteArray CHostSettings::WindowState() const
 void CHostSettings::SetWindow( const QByteArray &geometry, const QByteArray &state )
 {
 	auto *pWindow = new KeyValues( WINDOW_KEY );
-	pWindow->SetString( GEOMETRY_KEY, geometry.toBase64().constData() );
-	pWindow->SetString( STATE_KEY, state.toBase64().constData() );
-	pWindow->SetString( CHECK_KEY, CheckValue( *pWindow ).constData() );
+	SetChecked( *pWindow, GEOMETRY_KEY, geometry );
+	SetChecked( *pWindow, STATE_KEY, state );
 	m_Root.AddSubTree( pWindow );
 }
 

@@ -14,7 +14,7 @@
 //	{
 //		"style"		"dark"
 //		"recent_addresses"	{ "0" "127.0.0.1:27190" … }
-//		"main_window"	{ "geometry" "base64" "state" "base64" "check" "hash of both" }
+//		"main_window"	{ "geometry" "base64" "state" "base64" and the hash of each }
 //		"sub_tools"	{ "Tessel_SubTool_001_…" { … } }
 //	}
 //
@@ -26,8 +26,8 @@ public:
 	static QString DefaultPath();
 
 	// A missing file gives the defaults. One that cannot be read is kept aside under another name and reported (through
-	// Warning); where even that fails nothing is ever saved to the path. Place and size of the window are dropped, with
-	// one Warning, when they are not what was saved: the toolkit would believe them.
+	// Warning); where even that fails nothing is ever saved to the path. The window's place and layout are dropped,
+	// with one Warning, where they are not what was saved: the toolkit would believe them.
 	explicit CHostSettings( const QString &path );
 
 	const QString &Path() const { return m_Path; }
