@@ -24,6 +24,12 @@
 namespace
 {
 constexpr int CONNECTED = 3; // ITesselConnection::GetState
+
+// In a title "[*]" is the place of the mark of unsaved changes; doubled it stands for itself.
+QString NameForTitle( const ITesselConnection &connection )
+{
+	return QString::fromUtf8( connection.GetName() ).replace( QLatin1String( "[*]" ), QLatin1String( "[*][*]" ) );
+}
 } // namespace
 
 // Marks the time in which the connection or the host may call back into the sub-tool.
@@ -51,7 +57,7 @@ CQBudgetWidget::CQBudgetWidget( ITesselConnection &connection, IBudgetWindowOwne
 	, m_StatusBar( *statusBar() )
 {
 	setAttribute( Qt::WA_QuitOnClose, false ); // the host lives as long as its own window
-	setWindowTitle( tr( "Show Budget - %1" ).arg( QString::fromUtf8( connection.GetName() ) ) );
+	setWindowTitle( tr( "Show Budget - %1" ).arg( NameForTitle( connection ) ) );
 	m_StatusBar.SetState( tr( "Stopped." ) );
 	setDockOptions( QMainWindow::AnimatedDocks | QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks );
 	CreateViews();

@@ -7,6 +7,7 @@
 #include <QMenuBar>
 #include <QToolBar>
 #include <QToolButton>
+#include <QWindow>
 #include <QtTest>
 
 #include "miniprofiler/miniprofilerwidget.h"
@@ -51,6 +52,13 @@ TEST_F( WindowTest, TheTitleNamesTheConnection )
 	EXPECT_EQ( MakeWindow().windowTitle(), QString::fromUtf8( "Show Budget - demo \xC3\xA9ngine" ) );
 	m_Connection.m_Name = "";
 	EXPECT_EQ( MakeWindow().windowTitle(), "Show Budget - " );
+}
+
+TEST_F( WindowTest, TheTitleShowsANameWithTheMarkOfUnsavedChangesAsItIs )
+{
+	m_Connection.m_Name = "a[*]b[*][*] <&c> %1";
+	MakeWindow().show();
+	EXPECT_EQ( m_pWindow->windowHandle()->title(), "Show Budget - a[*]b[*][*] <&c> %1" );
 }
 
 TEST_F( WindowTest, TheHostsQuitDoesNotWaitForTheWindow )
