@@ -90,7 +90,7 @@ QWidget *CQConnectionsPanel::MakeList()
 
 void CQConnectionsPanel::MakeHint()
 {
-	m_pHint = new QLabel( tr( "Enter above where an engine listens, and press Connect. "
+	m_pHint = new QLabel( tr( "Enter above where an engine listens, and press Connect.\n"
 							  "Without an engine at hand, start this program with --demo." ) );
 	m_pHint->setObjectName( "ConnectionHint" );
 	m_pHint->setAlignment( Qt::AlignCenter );
