@@ -31,6 +31,15 @@ void CChild::Start( const QStringList &command )
 	m_Process.start( command.first(), command.mid( 1 ) );
 }
 
+void CChild::SetVariable( const QString &name, const QString &value )
+{
+	QProcessEnvironment environment = m_Process.processEnvironment();
+	if ( environment.isEmpty() )
+		environment = QProcessEnvironment::systemEnvironment();
+	environment.insert( name, value );
+	m_Process.setProcessEnvironment( environment );
+}
+
 void CChild::OnOutput()
 {
 	while ( m_Process.canReadLine() )

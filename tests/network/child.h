@@ -13,6 +13,9 @@ public:
 	CChild();
 	~CChild(); // kills what still runs
 
+	// For the environment of the process, before its start.
+	void SetVariable( const QString &name, const QString &value );
+
 	// command[0] is the program.
 	void Start( const QStringList &command );
 

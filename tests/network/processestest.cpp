@@ -1,17 +1,12 @@
 // The console and an engine as processes of their own that are killed, stopped and cut off from each other.
-#include <gtest/gtest.h>
-
 #include <csignal>
-#include <random>
 
-#include "host/waitfor.h"
-#include "network/child.h"
 #include "network/namespaces.h"
-#include "support/randomseed.h"
+#include "network/processesfixture.h"
 
 namespace
 {
-constexpr int PATIENCE_MS = 60000;
+constexpr int PATIENCE_MS = PROCESS_PATIENCE_MS;
 constexpr int END_NOTICED_MS = 1000;       // a process that ends tells its peer at once
 constexpr int CUT_NOTICED_MS = 5000;       // a network that is gone tells nobody
 constexpr int RECONNECTED_MS = 2000;       // from when the engine listens again
@@ -22,50 +17,8 @@ bool IsLongRun()
 	return qEnvironmentVariableIsSet( "SHOWBUDGET_LONG" );
 }
 
-class Processes : public testing::Test
+class Processes : public CProcessesFixture
 {
-protected:
-	Processes()
-		: m_nSeed( RandomSeed() )
-		, m_Random( m_nSeed )
-	{
-		std::printf( "%s\n", SeedText( m_nSeed ).c_str() );
-	}
-
-	static QStringList DemoEngine( const QString &address = "127.0.0.1", const QString &port = "0" )
-	{
-		return { DEMO_ENGINE, "--bind", address, "--port", port, "--bodies", "100" };
-	}
-	static QStringList Console( const QString &address ) { return { CONSOLE_PROBE, address }; }
-
-	// Starts both and waits until samples come.
-	void StartSampling( const QStringList &engine )
-	{
-		m_Engine.Start( engine );
-		m_Address = WaitForAddress( m_Engine );
-		ASSERT_FALSE( m_Address.isEmpty() ) << "the engine does not listen";
-		m_Console.Start( Console( m_Address ) );
-		ASSERT_TRUE( WaitForMoreSamples( m_Console ) ) << m_Console.Text().toStdString();
-	}
-
-	static int Samples( const CChild &console ) { return console.Last( "samples " ).toInt(); }
-	static bool WaitForMoreSamples( CChild &console, int nMore = 3 )
-	{
-		const int nWanted = Samples( console ) + nMore;
-		return WaitFor( [&]() { return Samples( console ) >= nWanted; }, PATIENCE_MS );
-	}
-	static bool WaitForState( CChild &console, const char *pState, int nFrom, int nMilliseconds )
-	{
-		return console.WaitForLine( QString( "state %1" ).arg( pState ), nFrom, nMilliseconds ) >= 0;
-	}
-
-	int Random( int nLimit ) { return static_cast<int>( m_Random() % static_cast<uint32_t>( nLimit ) ); }
-
-	uint32_t m_nSeed;
-	std::mt19937 m_Random;
-	CChild m_Engine;
-	CChild m_Console;
-	QString m_Address;
 };
 
 TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
