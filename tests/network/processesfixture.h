@@ -39,10 +39,10 @@ protected:
 	}
 
 	static int Samples( const CChild &console ) { return console.Last( "samples " ).toInt(); }
-	static bool WaitForMoreSamples( CChild &console, int nMore = 3 )
+	static bool WaitForMoreSamples( CChild &console, int nMore = 3, int nMilliseconds = PROCESS_PATIENCE_MS )
 	{
 		const int nWanted = Samples( console ) + nMore;
-		return WaitFor( [&]() { return Samples( console ) >= nWanted; }, PROCESS_PATIENCE_MS );
+		return WaitFor( [&]() { return Samples( console ) >= nWanted; }, nMilliseconds );
 	}
 	static bool WaitForState( CChild &console, const char *pState, int nFrom, int nMilliseconds )
 	{

@@ -98,7 +98,7 @@ TEST_F( Processes, AConsoleThatIsStoppedLosesWholeFramesShowsHowManyAndKeepsItsS
 	m_Console.Signal( SIGSTOP );
 	// More bytes than fit into the engine's queue and both systems' buffers, over several seconds.
 	const int nFrames = IsLongRun() ? 60000 : 16000;
-	EXPECT_TRUE( WaitForMoreSamples( witness, nFrames ) ) << "the engine does not wait";
+	EXPECT_TRUE( WaitForMoreSamples( witness, nFrames, 10 * PATIENCE_MS ) ) << "the engine does not wait";
 	m_Console.Signal( SIGCONT );
 	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "dropped " ).toULongLong() > 0; }, PATIENCE_MS ) )
 		<< m_Console.Text().toStdString();
