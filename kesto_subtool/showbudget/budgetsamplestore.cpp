@@ -33,7 +33,7 @@ void CBudgetSampleStore::SetCategories( std::vector<BudgetCategory> categories )
 void CBudgetSampleStore::Clear()
 {
 	m_nSampleCount = 0;
-	m_flPeakResetTime = 0.0f; // so that the next frame resets the peaks
+	m_flPeakResetTime = 0.0; // so that the next frame resets the peaks
 	for ( size_t i = 0; i < m_Categories.size(); i++ )
 		SetPeak( i, 0 );
 }
@@ -44,11 +44,9 @@ void CBudgetSampleStore::AddSample(
 	if ( bAccumulate && m_nSampleCount == 0 )
 		return;
 
-	m_bPeaksJustReset = !bAccumulate && Plat_FloatTime() >= m_flPeakResetTime;
-	if ( m_bPeaksJustReset )
-		m_flPeakResetTime = static_cast<float>( Plat_FloatTime() + PEAK_HOLD_SECONDS );
+	m_bPeaksJustReset = false;
 	if ( !bAccumulate )
-		m_nSampleCount++;
+		OpenFrame();
 
 	// Unsigned, so that the frame at which the counter wraps has its slot too.
 	const uint32_t nSlot = ( m_nSampleCount - 1 ) % BUDGET_RING_SIZE;
@@ -62,6 +60,16 @@ void CBudgetSampleStore::AddSample(
 		AddToFrame( values, nSlot );
 	else
 		WriteFrame( values, nSlot );
+}
+
+// Reads the clock once only: that is a large part of what a sample costs.
+void CBudgetSampleStore::OpenFrame()
+{
+	const double flNow = Plat_FloatTime();
+	m_bPeaksJustReset = flNow >= m_flPeakResetTime;
+	if ( m_bPeaksJustReset )
+		m_flPeakResetTime = flNow + PEAK_HOLD_SECONDS;
+	m_nSampleCount++;
 }
 
 // To what the new frame must exceed: with tick sampling the frame before it, else nothing.

@@ -12,7 +12,7 @@
 class CBudgetSampleStore
 {
 public:
-	static constexpr float PEAK_HOLD_SECONDS = 3.0f;
+	static constexpr double PEAK_HOLD_SECONDS = 3.0;
 
 	// Replaces the categories by the given ones (at most wire::MAX_CATEGORIES) and a white "Totals" behind them, makes
 	// a new block for each, and clears.
@@ -43,6 +43,7 @@ public:
 private:
 	friend class CBudgetSampleStoreTester; // brings the counter close to its wrap
 
+	void OpenFrame();
 	void ResetPeaks( bool bTickSampling );
 	void WriteFrame( std::span<const uint32_t> values, uint32_t nSlot );
 	void AddToFrame( std::span<const uint32_t> values, uint32_t nSlot );
@@ -59,6 +60,9 @@ private:
 
 	std::vector<float> m_FrameRates = std::vector<float>( BUDGET_RING_SIZE );
 	uint32_t m_nSampleCount = 0;
-	float m_flPeakResetTime = 0.0f; // seconds of the host's clock
+
+	// Seconds of the host's clock, which counts from before the process began: after a month of that, single precision
+	// would round to a quarter of a second.
+	double m_flPeakResetTime = 0.0;
 	bool m_bPeaksJustReset = false;
 };

@@ -164,6 +164,49 @@ TEST_F( SampleStoreTest, HoldsTheLargerPeakForThreeSecondsThenTakesWhateverComes
 	EXPECT_THAT( Peaks( m_Store ), ElementsAre( 10u, 10u ) );
 }
 
+// At 60 frames per second on a clock that began long ago: the first frame that is three seconds old or more replaces
+// the peak, and none before it.
+TEST_F( SampleStoreTest, HoldsPeaksAsLongAfterAMonthAsAfterAnHour )
+{
+	constexpr double HOUR = 3600.0;
+	constexpr int FRAMES_HELD = 180; // 3 s
+	for ( const double flUptime : { 0.001, HOUR, 36 * HOUR, 30 * 24 * HOUR, 365 * 24 * HOUR } )
+	{
+		m_Clock.Set( flUptime );
+		m_Store.SetCategories( MakeCategories( 1 ) );
+		Add( m_Store, { 1'000'000 } );
+		for ( int nReset = 0; nReset < 5; nReset++ )
+		{
+			ASSERT_TRUE( m_Store.ArePeaksJustReset() ) << "uptime " << flUptime << ", reset " << nReset;
+			int nFramesHeld = 0;
+			do
+			{
+				m_Clock.Advance( 1.0 / 60 );
+				Add( m_Store, { 10 } );
+				nFramesHeld++;
+			} while ( !m_Store.ArePeaksJustReset() && nFramesHeld < 1000 );
+			EXPECT_NEAR( nFramesHeld, FRAMES_HELD, 1 ) << "uptime " << flUptime << ", reset " << nReset;
+			EXPECT_EQ( Peaks( m_Store )[0], 10u );
+		}
+	}
+}
+
+TEST_F( SampleStoreTest, KeepsSlotsAndPeaksRightWhereASignedCounterWouldOverflow )
+{
+	m_Store.SetCategories( MakeCategories( 1 ) );
+	CBudgetSampleStoreTester::SetSampleCount( m_Store, 0x7FFFFFFE );
+	Add( m_Store, { 1 } ); // number 0x7FFFFFFE
+	Add( m_Store, { 2 } );
+	Add( m_Store, { 3 } ); // number 0x80000000
+	EXPECT_EQ( m_Store.SampleCount(), 0x80000001u );
+	EXPECT_THAT( Slot( m_Store, 4094 ), ElementsAre( 1u, 1u ) );
+	EXPECT_THAT( Slot( m_Store, 4095 ), ElementsAre( 2u, 2u ) );
+	EXPECT_THAT( Slot( m_Store, 0 ), ElementsAre( 3u, 3u ) );
+	m_Clock.Advance( 3.0 );
+	m_Store.AddSample( std::vector<uint32_t>{ 1 }, 60.0f, false, true );
+	EXPECT_THAT( Peaks( m_Store ), ElementsAre( 3u, 3u ) ) << "the frame before it is sample 0x80000000";
+}
+
 TEST_F( SampleStoreTest, AnAccumulatingSampleAddsToTheFrameAndNeitherCountsNorResets )
 {
 	m_Store.SetCategories( MakeCategories( 2 ) );

@@ -16,6 +16,7 @@ public:
 	CFakeClock( const CFakeClock & ) = delete;
 	CFakeClock &operator=( const CFakeClock & ) = delete;
 
+	void Set( double flSeconds ) { s_flNow = flSeconds; }
 	void Advance( double flSeconds ) { s_flNow += flSeconds; }
 	double Now() const { return s_flNow; }
 
