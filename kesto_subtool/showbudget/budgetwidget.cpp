@@ -299,7 +299,7 @@ BudgetViewData CQBudgetWidget::GetViewData() const
 	return viewData;
 }
 
-const KeyValues *CQBudgetWidget::GetViewSettings() const
+KeyValues *CQBudgetWidget::GetViewSettings()
 {
 	return m_Owner.GetSettings();
 }

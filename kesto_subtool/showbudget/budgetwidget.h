@@ -67,7 +67,7 @@ public:
 	// IBudgetViewOwner
 	BudgetViewData GetViewData() const override;
 	const BudgetViewStyle &GetViewStyle() const override { return m_Style; }
-	const KeyValues *GetViewSettings() const override;
+	KeyValues *GetViewSettings() override;
 	void OnHistoryCursorChanged() override;
 	void AddCursorLabel( QWidget *pLabel ) override;
 	void ToggleSampling() override;

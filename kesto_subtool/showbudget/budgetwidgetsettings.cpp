@@ -1,20 +1,16 @@
 // The Show Budget window: what it keeps in the settings that all windows share.
-#include "keel0/keyvalues.h"
 #include "recordings/kestoplayerwidget.h"
 #include "showbudget/budgetwidget.h"
 #include "showbudget/ibudgetwindowowner.h"
 #include "views/budgethistorywidget.h"
 #include "views/budgetsampleswidget.h"
+#include "views/layoutformats.h"
+#include "views/layoutsettings.h"
 
 namespace
 {
 constexpr char GEOMETRY_KEY[] = "geometry";
 constexpr char WINDOW_STATE_KEY[] = "windowState";
-
-QByteArray ReadBytes( const KeyValues &settings, const char *pKey )
-{
-	return QByteArray::fromBase64( settings.GetString( pKey ) );
-}
 } // namespace
 
 void CQBudgetWidget::SaveSettings()
@@ -24,8 +20,8 @@ void CQBudgetWidget::SaveSettings()
 		return;
 	if ( isVisible() && !m_bArrangedForRecording )
 	{
-		pSettings->SetString( GEOMETRY_KEY, saveGeometry().toBase64() );
-		pSettings->SetString( WINDOW_STATE_KEY, saveState().toBase64() );
+		WriteLayout( *pSettings, GEOMETRY_KEY, saveGeometry() );
+		WriteLayout( *pSettings, WINDOW_STATE_KEY, saveState() );
 	}
 	m_Options.Write( *pSettings );
 	m_pSamplesView->SaveSettings( *pSettings );
@@ -36,9 +32,9 @@ void CQBudgetWidget::SaveSettings()
 // What is missing or broken leaves geometry and layout as they are.
 void CQBudgetWidget::RestoreLayout()
 {
-	const KeyValues *pSettings = m_Owner.GetSettings();
+	KeyValues *pSettings = m_Owner.GetSettings();
 	if ( !pSettings )
 		return;
-	restoreGeometry( ReadBytes( *pSettings, GEOMETRY_KEY ) );
-	restoreState( ReadBytes( *pSettings, WINDOW_STATE_KEY ) );
+	restoreGeometry( ReadLayout( *pSettings, GEOMETRY_KEY, &IsWindowGeometry ) );
+	restoreState( ReadLayout( *pSettings, WINDOW_STATE_KEY, &IsMainWindowState ) );
 }

@@ -9,11 +9,12 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "keel0/keyvalues.h"
 #include "views/budgethistorybarswidget.h"
 #include "views/fpsgraphwidget.h"
 #include "views/framedpanel.h"
 #include "views/historykeys.h"
+#include "views/layoutformats.h"
+#include "views/layoutsettings.h"
 #include "views/sampledescription.h"
 #include "views/samplestepping.h"
 
@@ -33,8 +34,8 @@ CQBudgetHistoryWidget::CQBudgetHistoryWidget( IBudgetViewOwner &owner, QWidget *
 
 	m_pSplitter->addWidget( new CQFramedPanel( m_pBars ) );
 	m_pSplitter->addWidget( new CQFramedPanel( m_pGraph ) );
-	if ( const KeyValues *pSettings = owner.GetViewSettings() )
-		m_pSplitter->restoreState( QByteArray::fromBase64( pSettings->GetString( SPLITTER_KEY, "" ) ) );
+	if ( KeyValues *pSettings = owner.GetViewSettings() )
+		m_pSplitter->restoreState( ReadLayout( *pSettings, SPLITTER_KEY, &IsSplitterState ) );
 
 	m_pScrollBar->hide();
 	m_pScrollBar->setToolTip( HistoryKeysText() );
@@ -86,7 +87,7 @@ void CQBudgetHistoryWidget::OnSamplesCleared()
 
 void CQBudgetHistoryWidget::SaveSettings( KeyValues &settings ) const
 {
-	settings.SetString( SPLITTER_KEY, m_pSplitter->saveState().toBase64().constData() );
+	WriteLayout( settings, SPLITTER_KEY, m_pSplitter->saveState() );
 	m_pBars->SaveSettings( settings );
 	m_pGraph->SaveSettings( settings );
 }

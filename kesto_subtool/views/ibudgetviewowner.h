@@ -12,7 +12,7 @@ class IBudgetViewOwner
 public:
 	virtual BudgetViewData GetViewData() const = 0;
 	virtual const BudgetViewStyle &GetViewStyle() const = 0; // fixed for the life of the window
-	virtual const KeyValues *GetViewSettings() const = 0;    // null when there are none: defaults count
+	virtual KeyValues *GetViewSettings() = 0;                // null when there are none: defaults count
 
 	// The history cursor was moved: refresh what depends on the selected sample and repaint the window and, where it
 	// floats, the history's dock.

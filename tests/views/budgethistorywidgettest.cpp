@@ -16,6 +16,7 @@
 #include <QtTest>
 #include <limits>
 
+#include "support/logguard.h"
 #include "support/paintlog.h"
 #include "views/budgethistorybarswidget.h"
 #include "views/fakehistoryowner.h"
@@ -354,7 +355,9 @@ TEST( BudgetHistory, BadSettingsAreClampedOrIgnored )
 	owner.m_Settings.SetInt( "fps_graph_scale", -99 );
 	owner.m_Settings.SetFloat( "fps_upper_marker", 500.0f );
 	owner.m_Settings.SetFloat( "fps_lower_marker", 0.0f );
+	CExpectWarnings warnings;
 	CQBudgetHistoryWidget widget( owner, nullptr );
+	EXPECT_THAT( warnings.Take(), testing::ElementsAre( HasSubstr( "\"budget_history_splitter_sizes\"" ) ) );
 	KeyValues saved( "saved" );
 	widget.SaveSettings( saved );
 	EXPECT_EQ( saved.GetInt( "history_scale" ), 5 );

@@ -59,7 +59,7 @@ public:
 		return data;
 	}
 	const BudgetViewStyle &GetViewStyle() const override { return m_Style; }
-	const KeyValues *GetViewSettings() const override { return m_bHasSettings ? &m_Settings : nullptr; }
+	KeyValues *GetViewSettings() override { return m_bHasSettings ? &m_Settings : nullptr; }
 	void OnHistoryCursorChanged() override {}
 	void AddCursorLabel( QWidget * ) override {}
 	void ToggleSampling() override {}
