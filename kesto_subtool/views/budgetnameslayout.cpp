@@ -1,5 +1,7 @@
 #include "views/budgetnameslayout.h"
 
+#include "views/budgetname.h"
+
 BudgetNamesLayout LayoutBudgetNames( const BudgetViewData &data, const BudgetRows &rows, int nWidth )
 {
 	BudgetNamesLayout layout;
@@ -9,7 +11,7 @@ BudgetNamesLayout LayoutBudgetNames( const BudgetViewData &data, const BudgetRow
 	{
 		const BudgetCategory &category = data.m_Categories[static_cast<size_t>( nBudget )];
 		layout.m_Rows.push_back(
-			{ rows.Box( nBudget, 0, nWidth - 2 ), category.m_Colour, QString::fromUtf8( category.m_Name.Get() ) } );
+			{ rows.Box( nBudget, 0, nWidth - 2 ), category.m_Colour, BudgetNameText( category ) } );
 	}
 	return layout;
 }

@@ -13,7 +13,7 @@ struct BudgetNameRow
 {
 	QRect m_Box;
 	QColor m_Colour;
-	QString m_Name; // empty for a budget without one
+	QString m_Name; // see BudgetNameText; empty for a budget without one
 };
 
 struct BudgetNamesLayout

@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "views/budgetname.h"
 #include "views/fixeddecimals.h"
 
 namespace
@@ -77,7 +78,7 @@ QString BudgetSummaryText( const BudgetViewData &data, int nBudget )
 {
 	const BudgetStatistics statistics = ComputeBudgetStatistics( data, nBudget );
 	const size_t nCategory = static_cast<size_t>( nBudget );
-	std::string text( data.m_Categories[nCategory].m_Name.View() );
+	std::string text = BudgetNameText( data.m_Categories[nCategory] ).toStdString();
 	text += ": avg ";
 	AppendDecimals( text, Milliseconds( statistics.m_flMean ), 0, 2 );
 	text += " stddev ";

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <algorithm>
 
+#include "views/budgetname.h"
 #include "views/framerate.h"
 #include "views/samplestepping.h"
 
@@ -25,7 +26,7 @@ static std::vector<SampleDescription::Budget> LargestBudgets( const BudgetViewDa
 	for ( size_t i : order )
 	{
 		const BudgetCategory &category = data.m_Categories[i];
-		budgets.push_back( { QString::fromUtf8( category.m_Name.Get() ), category.m_Colour, data.Value( i, nSlot ) } );
+		budgets.push_back( { BudgetNameText( category ), category.m_Colour, data.Value( i, nSlot ) } );
 	}
 	return budgets;
 }
@@ -65,10 +66,11 @@ QString SampleDescription::ToHtml() const
 	html += QStringLiteral( "<table cellspacing='0' cellpadding='1'>" );
 	for ( const Budget &budget : m_Largest )
 	{
-		html += QStringLiteral( "<tr><td style='background-color:%1'>&nbsp;&nbsp;</td><td>&nbsp;%2&nbsp;</td>"
-								"<td align='right'>%3</td></tr>" )
-					.arg( budget.m_Colour.name(), budget.m_Name.toHtmlEscaped(),
-						MillisecondsText( budget.m_nMicroseconds ) );
+		html +=
+			QStringLiteral( "<tr><td style='background-color:%1'>&nbsp;&nbsp;</td><td style='white-space:pre'> %2 </td>"
+							"<td align='right'>%3</td></tr>" )
+				.arg(
+					budget.m_Colour.name(), budget.m_Name.toHtmlEscaped(), MillisecondsText( budget.m_nMicroseconds ) );
 	}
 	return html + QStringLiteral( "</table>" );
 }

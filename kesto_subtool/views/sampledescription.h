@@ -11,7 +11,7 @@ struct SampleDescription
 {
 	struct Budget
 	{
-		QString m_Name;
+		QString m_Name; // see BudgetNameText
 		QColor m_Colour;
 		uint32_t m_nMicroseconds = 0;
 	};

@@ -268,6 +268,7 @@ Stamp CViewPainter::MakeText( const QRect &box, int nFlags, const QString &text 
 	const QSize margin( 2 * TEXT_MARGIN, 2 * TEXT_MARGIN );
 	Stamp stamp{ MakeImage( QSize( nWidth, box.height() ) + margin ), QPoint( -TEXT_MARGIN, -TEXT_MARGIN ), nWidth };
 	QPainter painter( &stamp.m_Image );
+	painter.setLayoutDirection( m_Painter.layoutDirection() ); // else a text would decide for itself
 	painter.setFont( m_Painter.font() );
 	painter.setPen( Pen() );
 	painter.drawText( QRect( TEXT_MARGIN, TEXT_MARGIN, nWidth, box.height() ), nFlags, text );

@@ -94,6 +94,41 @@ TEST_F( BudgetNames, AreCutOffAtTheirBoxAndKeptOnOneLine )
 	EXPECT_LE( text->m_Clip->right(), strip.Names().width() );
 }
 
+TEST_F( BudgetNames, ShowWhatNoNameShouldHoldAsItIs )
+{
+	CFakeBudgetViewOwner owner( 3 );
+	owner.m_Categories[0].m_Name = "&Save <b>&amp;</b>";
+	owner.m_Categories[1].m_Name = "one\ntwo\x1B[31m";
+	CStrip strip( owner, QSize( 1900, 400 ) );
+	CPaintLog log( strip.Names().size() );
+	strip.Names().render( &log, QPoint(), QRegion(), QWidget::RenderFlags() );
+	EXPECT_THAT( log.Texts(),
+		ElementsAre( "Budget Nodes", "&Save <b>&amp;</b>", QString::fromUtf8( "one\uFFFDtwo\uFFFD[31m" ), "Totals" ) );
+}
+
+TEST_F( BudgetNames, TakeNoMoreToPaintHoweverLongTheyAre )
+{
+	CFakeBudgetViewOwner owner( 2 );
+	owner.m_Categories[0].m_Name.Set( std::string( 10'000'000, 'W' ).c_str() );
+	CStrip strip( owner, QSize( 900, 400 ) );
+	int nCharacters = 0;
+	for ( const PaintOp &op : Drawn( strip ) )
+		nCharacters += op.m_Text.size();
+	EXPECT_LE( nCharacters, 12 + 128 + 6 ); // "Budget Nodes", the limit, "Totals"
+	QImage picture( strip.Names().size(), QImage::Format_ARGB32_Premultiplied );
+	strip.Names().render( &picture );
+}
+
+TEST_F( BudgetNames, AreCopiedOnOneLineWithoutControlCharacters )
+{
+	CFakeBudgetViewOwner owner( 2 );
+	owner.m_Categories[0].m_Name = "rm -rf\r\n\x1B]0;";
+	CStrip strip( owner, QSize( 900, 400 ) );
+	QTest::mouseDClick( &strip.Names(), Qt::LeftButton, Qt::NoModifier, QPoint( 20, owner.m_Style.m_nRowHeight + 2 ) );
+	ASSERT_EQ( g_Copied.size(), 1u );
+	EXPECT_EQ( g_Copied[0].substr( 0, 19 ), "rm -rf\uFFFD\uFFFD\uFFFD]0;:" );
+}
+
 TEST_F( BudgetNames, ScrollWithTheBars )
 {
 	CFakeBudgetViewOwner owner( 64 );

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QTextDocument>
+
 #include "views/fakehistoryowner.h"
 
 using testing::HasSubstr;
@@ -70,12 +72,19 @@ TEST( SampleDescription, TextHasNumberTimeRateAndBudgets )
 	EXPECT_LT( text.find( "Budget 1" ), text.find( "Budget 0" ) );
 }
 
+// What a reader sees, by the same engine that a tool tip is shown with.
 TEST( SampleDescription, NamesFromTheTargetAreNoMarkup )
 {
-	CFakeHistoryOwner owner( 1 );
-	owner.m_Categories[0].m_Name = "<img src='x'> & co";
-	owner.AddSample( { 1000 } );
-	const std::string text = SampleDescription::Of( owner.GetViewData(), 0 ).ToHtml().toStdString();
-	EXPECT_THAT( text, HasSubstr( "&lt;img src='x'&gt; &amp; co" ) );
-	EXPECT_THAT( text, Not( HasSubstr( "<img" ) ) );
+	for ( const char *pName : { "<img src='x'> & co", "&lt;b&gt;", "a  b   c", "</table><h1>", "%1 %2 %3", "<!-- " } )
+	{
+		CFakeHistoryOwner owner( 2 );
+		owner.m_Categories[0].m_Name = pName;
+		owner.AddSample( { 2000, 1000 } );
+		QTextDocument document;
+		document.setHtml( SampleDescription::Of( owner.GetViewData(), 0 ).ToHtml() );
+		const std::string text = document.toPlainText().toStdString();
+		EXPECT_THAT( text, HasSubstr( pName ) );
+		EXPECT_THAT( text, HasSubstr( "2.00 ms" ) );
+		EXPECT_THAT( text, HasSubstr( "Budget 1" ) ) << "the row below is whole";
+	}
 }

@@ -111,9 +111,36 @@ TEST( ViewPainter, DrawsNamesAsQPainterDoes )
 		owner.m_Categories[1].m_Name = "Überlänge: ein Name, der in keine Spalte passt, wie breit sie auch sei";
 		owner.m_Categories[2].m_Name = "日本語 mixed with Latin";
 		owner.m_Categories[3].m_Name = "f(x) AVAWAT ffi";
+		owner.m_Categories[6].m_Name = "&File <b>bold</b> &amp;\x01\n\xE2\x80\xAE tail \xFF";
 		owner.m_Categories[4].m_Colour = QColor( 200, 40, 40, 128 );
 		CStrip strip( owner, QSize( 900, 400 ) );
 		ExpectNoShortcutShows( strip.Names(), bDark ? QColor( 45, 45, 48 ) : QColor( Qt::white ) );
+	}
+}
+
+// Which word of such a text comes first depends on the direction of the painter that it is drawn with.
+TEST( ViewPainter, DrawsTextsOfTwoDirectionsAsQPainterDoes )
+{
+	constexpr int FLAGS = Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine;
+	const QRect box( 5, 2, 280, 22 );
+	for ( const Qt::LayoutDirection direction : { Qt::LeftToRight, Qt::RightToLeft } )
+	{
+		QImage expected = Canvas( QSize( 300, 30 ), Qt::white );
+		QImage actual = expected;
+		const QString text = QString::fromUtf8( "שלום, Latin behind (1) שלום" );
+		{
+			QPainter painter( &expected );
+			painter.setLayoutDirection( direction );
+			painter.drawText( box, FLAGS | Qt::AlignAbsolute, text );
+		}
+		{
+			QPainter painter( &actual );
+			painter.setLayoutDirection( direction );
+			CStampCache stamps;
+			CViewPainter( painter, stamps ).DrawText( box, FLAGS | Qt::AlignAbsolute, text );
+			EXPECT_GT( stamps.Size(), 0 ) << "the text is stamped";
+		}
+		ExpectSamePicture( actual, expected );
 	}
 }
 
