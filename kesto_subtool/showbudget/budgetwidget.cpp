@@ -201,6 +201,7 @@ void CQBudgetWidget::StartSampling()
 	m_Actions.m_pStartSampling->setEnabled( false );
 	m_Actions.m_pStopSampling->setEnabled( true );
 	RefreshStatusTexts();
+	RepaintViews();
 }
 
 void CQBudgetWidget::StopSampling()

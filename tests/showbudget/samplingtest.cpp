@@ -25,6 +25,18 @@ protected:
 	const CQBudgetHistoryWidget &History() const { return *m_pWindow->findChild<CQBudgetHistoryWidget *>(); }
 	std::string State() const { return StatusTexts().front(); }
 };
+
+class CPaintCounter final : public QObject
+{
+public:
+	explicit CPaintCounter( QWidget &widget ) { widget.installEventFilter( this ); }
+	bool eventFilter( QObject *, QEvent *pEvent ) override
+	{
+		m_nCount += pEvent->type() == QEvent::Paint ? 1 : 0;
+		return false;
+	}
+	int m_nCount = 0;
+};
 } // namespace
 
 TEST_F( SamplingTest, ANewWindowOfAConnectedEngineIsStoppedAndMayStart )
@@ -55,6 +67,19 @@ TEST_F( SamplingTest, StartingSendsAndSwitches )
 	EXPECT_EQ( State(), "Running." );
 	ExpectActions( false, true );
 	EXPECT_THAT( m_Connection.TakeSent(), ElementsAre( StartChunk() ) );
+}
+
+// The bars show the newest sample from then on, also while the engine sends none.
+TEST_F( SamplingTest, StartingRepaintsWhatShowedTheCursorsSample )
+{
+	MakeRunningWindow().show();
+	SendSample( { 10000, 0 } );
+	m_pWindow->StopSampling();
+	QApplication::processEvents();
+	CPaintCounter paints( *m_pWindow->centralWidget() );
+	m_pWindow->StartSampling();
+	QApplication::processEvents();
+	EXPECT_GE( paints.m_nCount, 1 );
 }
 
 TEST_F( SamplingTest, StartingTwiceSendsOnce )
@@ -324,23 +349,13 @@ TEST_F( SamplingTest, ManySamplesBetweenTwoTurnsOfTheEventLoopPaintOnce )
 {
 	MakeRunningWindow().show();
 	QApplication::processEvents();
-	class CPaintCounter : public QObject
-	{
-	public:
-		bool eventFilter( QObject *, QEvent *pEvent ) override
-		{
-			m_nPaints += pEvent->type() == QEvent::Paint ? 1 : 0;
-			return false;
-		}
-		int m_nPaints = 0;
-	} counter;
-	m_pWindow->centralWidget()->installEventFilter( &counter );
+	CPaintCounter paints( *m_pWindow->centralWidget() );
 	for ( int i = 0; i < 1000; i++ )
 		SendSample( { 10000, 1 } );
-	EXPECT_EQ( counter.m_nPaints, 0 );
+	EXPECT_EQ( paints.m_nCount, 0 );
 	QApplication::processEvents();
-	EXPECT_GE( counter.m_nPaints, 1 );
-	EXPECT_LE( counter.m_nPaints, 2 ) << "a second one where the samples label grew";
+	EXPECT_GE( paints.m_nCount, 1 );
+	EXPECT_LE( paints.m_nCount, 2 ) << "a second one where the samples label grew";
 }
 
 TEST_F( SamplingTest, AWindowWhoseConnectionEndedTouchesItNoMore )
