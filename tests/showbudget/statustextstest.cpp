@@ -76,9 +76,13 @@ TEST_F( StatusTextsTest, ShowTheCursorsFrameWhileStoppedWhateverTickSamplingSays
 TEST_F( StatusTextsTest, TakeTheCursorsSlotModuloTheRing )
 {
 	m_ViewData.m_bLive = false;
-	m_ViewData.m_nSampleCount = 5000;
-	m_ViewData.m_nCursor = 4096 + 1;
-	EXPECT_EQ( Texts( 5000 ), "Samples: 5000|FPS: 50.00|Frame: 20.00" );
+	// Sample 1's slot, up to the last sample number that there is.
+	for ( const uint32_t nCursor : { 4096u + 1, 0x7FFFF001u, 0x80000001u, 0xFFFFF001u } )
+	{
+		m_ViewData.m_nSampleCount = nCursor + 1;
+		m_ViewData.m_nCursor = nCursor;
+		EXPECT_EQ( Texts( nCursor + 1 ), "Samples: " + std::to_string( nCursor + 1 ) + "|FPS: 50.00|Frame: 20.00" );
+	}
 }
 
 TEST_F( StatusTextsTest, ShowTheEnginesAveragedFrameRateOnRequest )
