@@ -191,7 +191,7 @@ uint64_t IdOf( const CQMiniProfilerRecord *pRecord )
 void CompareRecord( const CMiniProfilerModel &model, const CQMiniProfilerRecord &record, const SlowRecord &expected )
 {
 	Require( record.Name() == QString::fromUtf8( expected.m_Name.c_str() ), "the name" );
-	Require( record.ToolTip() == QString::fromUtf8( expected.m_Description.c_str() ), "the tool tip" );
+	Require( record.Description() == QString::fromUtf8( expected.m_Description.c_str() ), "the description" );
 	Require( IdOf( record.m_pCaller ) == expected.m_nCaller, "the caller" );
 	Require( IdOf( record.m_pStaticParent ) == expected.m_nStaticParent, "the static parent" );
 	const uint32_t nIndex = record.HistoryIndex();

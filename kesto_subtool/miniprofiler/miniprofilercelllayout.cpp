@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "miniprofiler/miniprofilershowntext.h"
+
 namespace
 {
 // Numbers, counts and annotations are set apart from a cell's edge by these many pixels.
@@ -213,7 +215,9 @@ QString Annotation( const CQMiniProfilerRecord &record )
 {
 	if ( record.HasFlag( MINIPROFILER_ROW_DISAMBIGUATE ) )
 		return record.m_pCaller ? record.m_pCaller->Name() : QString();
-	const std::string_view project = record.Line( CQMiniProfilerRecord::LINE_PROJECT );
+	// No more than can be drawn, of characters that have four bytes at most.
+	const std::string_view project =
+		record.Line( CQMiniProfilerRecord::LINE_PROJECT ).substr( 0, 4 * ( MINIPROFILER_MAX_DRAWN_ANNOTATION + 1 ) );
 	return QString::fromUtf8( project.data(), static_cast<int>( project.size() ) );
 }
 
@@ -223,7 +227,7 @@ void CCellLayouter::LayOutAnnotation( QRect &rect )
 	if ( !pRecord ||
 		 !( pRecord->HasFlag( MINIPROFILER_ROW_DUPLICATE ) || pRecord->HasFlag( MINIPROFILER_ROW_DISAMBIGUATE ) ) )
 		return;
-	const QString text = Annotation( *pRecord );
+	const QString text = MiniProfilerShownText( Annotation( *pRecord ), MINIPROFILER_MAX_DRAWN_ANNOTATION );
 	if ( text.isEmpty() )
 		return;
 	MiniProfilerTextBox annotation{ rect, Qt::AlignLeft | Qt::AlignVCenter, TextColour(), text };

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "miniprofiler/miniprofilershowntext.h"
+
 CMiniProfilerRow::CMiniProfilerRow( MiniProfilerRowFlag kind )
 	: m_nFlags( kind )
 {
@@ -15,7 +17,8 @@ CMiniProfilerRow::~CMiniProfilerRow() = default;
 void CMiniProfilerRow::SetName( const QString &name )
 {
 	m_Name = name;
-	m_StaticName.setText( name );
+	m_bNamed = true;
+	m_StaticName.setText( MiniProfilerShownText( name, MINIPROFILER_MAX_DRAWN_NAME ) );
 	m_nChanges |= MINIPROFILER_ROW_RENAMED;
 }
 
@@ -55,7 +58,7 @@ CQMiniProfilerRecord::CQMiniProfilerRecord( uint64_t nId, uint32_t nHistoryIndex
 
 void CQMiniProfilerRecord::SetDescription( std::string_view description )
 {
-	m_ToolTip = QString::fromUtf8( description.data(), static_cast<int>( description.size() ) );
+	m_WholeDescription = QString::fromUtf8( description.data(), static_cast<int>( description.size() ) );
 	m_pDescription = std::make_unique<char[]>( description.size() + 1 );
 	std::copy( description.begin(), description.end(), m_pDescription.get() );
 

@@ -42,7 +42,8 @@ public:
 	CMiniProfilerRow &operator=( const CMiniProfilerRow & ) = delete;
 
 	const QString &Name() const { return m_Name; }
-	const QStaticText &StaticName() const { return m_StaticName; } // the same text, laid out once
+	bool IsNamed() const { return m_bNamed; }                      // by SetName, maybe with an empty name
+	const QStaticText &StaticName() const { return m_StaticName; } // the name as it is drawn, laid out once
 	void SetName( const QString &name );
 
 	bool HasFlag( MiniProfilerRowFlag flag ) const { return ( m_nFlags & flag ) != 0; }
@@ -69,6 +70,7 @@ protected:
 
 private:
 	uint32_t m_nFlags;
+	bool m_bNamed = false;
 	QString m_Name;
 	QStaticText m_StaticName;
 };
@@ -88,7 +90,7 @@ public:
 	// lower-case ASCII letters and slashes in place of backslashes when it is there.
 	void SetDescription( std::string_view description );
 
-	const QString &ToolTip() const { return m_ToolTip; } // the description as it came
+	const QString &Description() const { return m_WholeDescription; } // as it came
 	size_t LineCount() const { return m_Lines.size(); }
 	std::string_view Line( size_t nIndex ) const; // UTF-8; empty for a missing line
 
@@ -105,7 +107,7 @@ public:
 private:
 	uint64_t m_nId;
 	uint32_t m_nHistoryIndex;
-	QString m_ToolTip;
+	QString m_WholeDescription;
 	std::unique_ptr<char[]> m_pDescription;
 	std::vector<std::string_view> m_Lines; // into m_pDescription
 };

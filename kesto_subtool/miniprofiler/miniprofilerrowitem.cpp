@@ -1,7 +1,9 @@
 #include "miniprofiler/miniprofilerrowitem.h"
 
 #include <QBrush>
+#include <QSize>
 
+#include "miniprofiler/miniprofilershowntext.h"
 #include "miniprofiler/miniprofilertreewidget.h"
 
 CQMiniProfilerRowItem::CQMiniProfilerRowItem( CMiniProfilerRow &row )
@@ -27,7 +29,7 @@ QVariant CQMiniProfilerRowItem::data( int nColumn, int nRole ) const
 		case Qt::ToolTipRole:
 		{
 			const CQMiniProfilerRecord *pRecord = AsRecord( &m_Row );
-			return pRecord && nColumn == MINIPROFILER_NAME ? pRecord->ToolTip() : QVariant();
+			return pRecord && nColumn == MINIPROFILER_NAME ? MiniProfilerToolTip( pRecord->Description() ) : QVariant();
 		}
 		case Qt::ForegroundRole:
 			if ( nColumn == MINIPROFILER_EXCLUSIVE || nColumn == MINIPROFILER_EXCLUSIVE_CALL )
@@ -35,6 +37,8 @@ QVariant CQMiniProfilerRowItem::data( int nColumn, int nRole ) const
 			if ( nColumn == MINIPROFILER_INCLUSIVE || nColumn == MINIPROFILER_INCLUSIVE_CALL )
 				return QBrush( Qt::gray );
 			return QVariant();
+		case Qt::SizeHintRole: // or the view lays the whole name out to measure it
+			return treeWidget() ? QSize( 0, treeWidget()->fontMetrics().height() ) : QVariant();
 		default:
 			return QTreeWidgetItem::data( nColumn, nRole );
 	}

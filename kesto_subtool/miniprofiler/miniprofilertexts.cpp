@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "miniprofiler/miniprofilermodel.h"
+#include "miniprofiler/miniprofilershowntext.h"
 
 namespace
 {
@@ -182,7 +183,7 @@ MiniProfilerCellText MiniProfilerNumberText(
 
 QString MiniProfilerRowText( const CMiniProfilerRow &row, const MiniProfilerNumbers &numbers )
 {
-	QString text = row.Name();
+	QString text = MiniProfilerShownText( row.Name() );
 	for ( int nColumn = MINIPROFILER_CALLS; nColumn < static_cast<int>( MINIPROFILER_COLUMNS ); nColumn++ )
 		text += '\t' + MiniProfilerNumberText( row, nColumn, numbers ).m_Text;
 	return text;

@@ -55,7 +55,7 @@ struct MiniProfilerCellText
 MiniProfilerCellText MiniProfilerNumberText(
 	const CMiniProfilerRow &row, int nColumn, const MiniProfilerNumbers &numbers ); // columns 1 to 5
 
-// A row as tab-separated text: its name and its five numbers, as shown.
+// A row as tab-separated text in one line: its whole name and its five numbers, as shown.
 QString MiniProfilerRowText( const CMiniProfilerRow &row, const MiniProfilerNumbers &numbers );
 
 // Header labels; the interval is "frame" or "tick".

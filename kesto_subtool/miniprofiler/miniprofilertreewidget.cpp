@@ -212,12 +212,18 @@ QItemSelection CQMiniProfilerTreeWidget::SelectionOf( const std::vector<CMiniPro
 
 void CQMiniProfilerTreeWidget::SelectRows( const std::vector<CMiniProfilerRow *> &rows )
 {
+	const QTreeWidgetItem *pOpened = nullptr; // with all above it: rows of one family follow each other
 	for ( const CMiniProfilerRow *pRow : rows )
-		for ( QTreeWidgetItem *pParent = pRow->m_pItem->parent(); pParent; pParent = pParent->parent() )
+	{
+		QTreeWidgetItem *const pFamily = pRow->m_pItem->parent();
+		for ( QTreeWidgetItem *pParent = pFamily; pParent && pParent != pOpened; pParent = pParent->parent() )
 			pParent->setExpanded( true );
-	selectionModel()->select( SelectionOf( rows ), QItemSelectionModel::ClearAndSelect );
+		pOpened = pFamily;
+	}
 	if ( !rows.empty() )
 		scrollToItem( rows.front()->m_pItem );
+	// Last, since whoever hears of it may clear the tree.
+	selectionModel()->select( SelectionOf( rows ), QItemSelectionModel::ClearAndSelect );
 }
 
 // -- Following the model

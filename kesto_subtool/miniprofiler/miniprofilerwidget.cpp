@@ -230,7 +230,7 @@ void CQMiniProfilerWidget::OnJumpToParent( QTreeWidgetItem *pItem )
 	if ( !pParent )
 		return;
 	m_pTree->setCurrentItem( pParent->m_pItem );
-	m_pTree->scrollToItem( pParent->m_pItem );
+	m_pTree->scrollToItem( m_pTree->currentItem() ); // none when somebody who heard of it cleared the tree
 }
 
 void CQMiniProfilerWidget::mousePressEvent( QMouseEvent *pEvent )

@@ -51,7 +51,7 @@ TEST( MiniProfilerRow, ADescriptionIsCutAtItsLineFeeds )
 	EXPECT_EQ( record.Line( 2 ), "c:/src/world.cpp" );
 	EXPECT_EQ( record.Line( 3 ), "120" );
 	EXPECT_EQ( record.Line( 4 ), "engine" );
-	EXPECT_EQ( record.ToolTip(), "Physics\nWorld::Step\nC:\\Src\\World.CPP\n120\nengine\n" );
+	EXPECT_EQ( record.Description(), "Physics\nWorld::Step\nC:\\Src\\World.CPP\n120\nengine\n" );
 }
 
 TEST( MiniProfilerRow, TextBehindTheLastLineFeedIsNoLine )

@@ -22,6 +22,7 @@
 #include "miniprofiler/miniprofilertreewidget.h"
 #include "miniprofiler/miniprofilerwidget.h"
 #include "support/fakeclock.h"
+#include "support/paintlog.h"
 
 namespace
 {
@@ -394,6 +395,36 @@ TEST_F( MiniProfilerWidget, ReturnStepsThroughTheMatchesAndShiftReturnBack )
 	EXPECT_EQ( Step( Qt::ShiftModifier ), "B" );
 }
 
+TEST_F( MiniProfilerWidget, ClearFromWithinASearchOrAJumpIsSafe )
+{
+	QObject listener;
+	int nHeard = 0;
+	QObject::connect( &m_Tree, &QTreeWidget::itemSelectionChanged, &listener,
+		[&]
+		{
+			if ( m_Tree.topLevelItemCount() > 0 && nHeard++ == 0 )
+				m_Panel.Clear();
+		} );
+	const auto Prepare = [&]
+	{
+		nHeard = 1;
+		Receive( 30 );
+		GroupMode().setCurrentIndex( 1 );
+		nHeard = 0;
+	};
+	Prepare();
+	Search( "a" );
+	EXPECT_GE( nHeard, 1 );
+	EXPECT_EQ( m_Tree.topLevelItemCount(), 0 );
+	Prepare();
+	QTest::keyClick( &m_Search, Qt::Key_Return );
+	EXPECT_EQ( m_Tree.topLevelItemCount(), 0 );
+	Prepare();
+	m_Panel.ReceiveChunk( CFrameBuilder().BeginData( true ).Entry( 16, 32 ).End().Payload() );
+	m_Panel.OnJumpToParent( Item( "A" ) );
+	EXPECT_EQ( m_Tree.topLevelItemCount(), 0 );
+}
+
 TEST_F( MiniProfilerWidget, ControlFGoesToTheSearchAndEscapeEmptiesIt )
 {
 	m_Panel.show();
@@ -461,6 +492,32 @@ TEST_F( MiniProfilerWidget, MenuEntriesReachTheDelegate )
 		Action( pText )->trigger();
 		EXPECT_NE( m_Delegate.Display().*pOption, bBefore ) << pText;
 	}
+}
+
+TEST_F( MiniProfilerWidget, MenuEntriesAlignTexts )
+{
+	const std::pair<const char *, Qt::Alignment> alignments[] = {
+		{ "Center Align", Qt::AlignHCenter | Qt::AlignVCenter }, { "Right Align", Qt::AlignRight },
+		{ "Left Align", Qt::AlignLeft } };
+	for ( const auto &[pText, alignment] : alignments )
+	{
+		Action( pText )->trigger();
+		EXPECT_EQ( m_Delegate.Display().m_Alignment, alignment ) << pText;
+	}
+}
+
+TEST_F( MiniProfilerWidget, MenuEntriesActAfterClearHasEmptiedThePanelBehindTheMenu )
+{
+	Receive( 3 );
+	m_Panel.show();
+	m_Tree.selectAll();
+	m_Tree.OpenContextMenu( QPoint( 10, 10 ) );
+	m_Panel.Clear();
+	for ( QAction *pAction : m_Menu.actions() )
+		pAction->trigger();
+	EXPECT_EQ( g_Clipboard, "" ); // no addresses
+	EXPECT_TRUE( m_Tree.SelectedRows().empty() );
+	m_Menu.hide();
 }
 
 TEST_F( MiniProfilerWidget, ARightPressAndTheMenuKeyOpenTheOneMenu )
@@ -556,6 +613,53 @@ TEST_F( MiniProfilerWidget, WithoutAnyNumbersCellsAreEmptyAndThePeaksSort )
 	EXPECT_EQ( g_Clipboard, "A\t\t\t\t\t\n" );
 }
 
+TEST_F( MiniProfilerWidget, EveryCheckBoxShowsItsNumber )
+{
+	Receive( 1 );
+	SetTicks( { { 16, 3000 } } ); // after 1000: mean 2000, deviation 1000
+	m_Tree.setCurrentItem( Item( "A" ) );
+	const auto Inclusive = [this]
+	{
+		QTest::keyClick( &m_Tree, Qt::Key_C, Qt::ControlModifier );
+		return QString::fromStdString( g_Clipboard ).split( '\t' ).value( 2 );
+	};
+	Box( "Cur" ).setChecked( true );
+	EXPECT_EQ( Inclusive(), "3000.0 [2000.0]" );
+	Box( "StDev" ).setChecked( true );
+	EXPECT_EQ( Inclusive(), "3000.0 [2000.0] +- 1000.0" );
+	Box( "Peaks" ).setChecked( true );
+	EXPECT_EQ( Inclusive(), "3000.0 [2000.0] +- 1000.0 -> 3000.0" );
+	Box( "Ave" ).setChecked( false );
+	EXPECT_EQ( Inclusive(), "3000.0 +- 1000.0 -> 3000.0" );
+}
+
+TEST_F( MiniProfilerWidget, ShownTextsStayUntilTheNextRegeneration )
+{
+	Receive( 5 );
+	m_Panel.show();
+	const auto Texts = [this]
+	{
+		CPaintLog log( m_Tree.viewport()->size() );
+		m_Tree.viewport()->render( &log );
+		return log.Texts();
+	};
+	const std::vector<QString> before = Texts();
+	EXPECT_GE( before.size(), 5u * 6 );
+	SetTicks( { { 16, 777000 }, { 32, 888000 } } );
+	EXPECT_EQ( Texts(), before );
+	m_Panel.RegenerateDataView();
+	EXPECT_NE( Texts(), before );
+}
+
+TEST_F( MiniProfilerWidget, TheTimerRegenerates )
+{
+	Action( "Rapid Update" )->setChecked( true );
+	SetTicks( { { 16, 777 } } );
+	EXPECT_EQ( m_Panel.Model().Records()[0]->m_Ave[2], 0.0f );
+	EXPECT_TRUE( QTest::qWaitFor( [this] { return m_Panel.Model().Records()[0]->m_Ave[2] == 777.0f; }, 10000 ) );
+	EXPECT_FALSE( m_Timer.isActive() );
+}
+
 TEST_F( MiniProfilerWidget, TheUnitChangesTheHeaderButNotTheUsersColumnWidths )
 {
 	m_Tree.setColumnWidth( 2, 77 );
@@ -603,6 +707,81 @@ TEST_F( MiniProfilerWidget, TextsThatChangeMoveNothing )
 	EXPECT_EQ( m_Tree.geometry(), tree );
 	EXPECT_EQ( m_Search.geometry(), search );
 	EXPECT_EQ( m_Panel.minimumSizeHint().width(), nWidth );
+}
+
+TEST_F( MiniProfilerWidget, TheUsersColumnWidthsOutliveRowsGroupsAndClear )
+{
+	for ( int i = 0; i < m_Tree.columnCount(); i++ )
+		m_Tree.header()->resizeSection( i, 60 + i );
+	m_Panel.show();
+	Receive( 100 );
+	GroupMode().setCurrentIndex( 2 );
+	Box( "Peaks" ).setChecked( true );
+	m_Panel.Clear();
+	Receive( 3 );
+	for ( int i = 0; i < m_Tree.columnCount(); i++ )
+		EXPECT_EQ( m_Tree.columnWidth( i ), 60 + i );
+}
+
+// -- Texts from outside
+
+TEST_F( MiniProfilerWidget, ARowStaysOneRowWhateverItsName )
+{
+	m_Panel.ReceiveChunk( CFrameBuilder()
+							  .BeginData( true )
+							  .Entry( 16 )
+							  .End()
+							  .BeginNames( 1000000, 1 )
+							  .Name( 16, 0, "a\nb\tc\r<b>&d</b>\xE2\x80\xAE\xFF", "" )
+							  .End()
+							  .Payload() );
+	m_Panel.RegenerateDataView();
+	m_Tree.selectAll();
+	QTest::keyClick( &m_Tree, Qt::Key_C, Qt::ControlModifier );
+	const std::string bad = "\xEF\xBF\xBD"; // U+FFFD
+	EXPECT_EQ( g_Clipboard, "a" + bad + "b    c" + bad + "<b>&d</b>" + bad + bad + "\t0\t0.0\t0.0\t0.0\t0.0\n" );
+	EXPECT_EQ( m_Panel.Model().Records()[0]->Name(), // which is kept as it came
+		QString::fromUtf8( "a\nb\tc\r<b>&d</b>\xE2\x80\xAE\xEF\xBF\xBD" ) );
+}
+
+TEST_F( MiniProfilerWidget, NoMoreOfAMillionCharactersIsDrawnThanCanBeSeen )
+{
+	constexpr int LENGTH = 1000000;
+	const std::string name( LENGTH, 'n' );
+	const std::string description = name + "\n" + name + "\n" + name + "\n1\n" + name + "\n";
+	CFrameBuilder names, data;
+	names.BeginNames( 1000000, 4 );
+	data.BeginData( true );
+	for ( uint64_t nId = 1; nId <= 4; nId++ )
+	{
+		names.Name( nId, 0, name, description );
+		data.Entry( nId, 0, nId * 1000, 1 );
+	}
+	m_Panel.ReceiveChunk( names.End().Payload() );
+	m_Panel.ReceiveChunk( data.End().Payload() );
+	m_Panel.show();
+	GroupMode().setCurrentIndex( 4 ); // by project, which is a name, too
+	m_Tree.expandAll();
+	m_Tree.topLevelItem( 0 )->child( 0 )->setSelected( true );
+	Action( "Disambiguate by Caller" )->trigger();
+	m_Panel.RegenerateDataView();
+
+	for ( const auto &pRecord : m_Panel.Model().Records() )
+	{
+		EXPECT_EQ( pRecord->Name().size(), LENGTH );
+		EXPECT_LE( pRecord->StaticName().text().size(), 256 );
+		EXPECT_LE( pRecord->m_pItem->toolTip( 0 ).size(), 1000 );
+	}
+	size_t nCharacters = 0;
+	CPaintLog log( m_Tree.viewport()->size() );
+	m_Tree.viewport()->render( &log );
+	for ( const QString &text : log.Texts() )
+		nCharacters += static_cast<size_t>( text.size() );
+	EXPECT_GT( nCharacters, 5u * 256 ); // the group and its four
+	EXPECT_LT( nCharacters, 5u * ( 256 + 64 + 5 * 10 ) );
+	// A row's height is known without a look at its text, which the view would lay out.
+	for ( int i = 0; i < m_Tree.columnCount(); i++ )
+		EXPECT_TRUE( m_Tree.topLevelItem( 0 )->data( i, Qt::SizeHintRole ).isValid() ) << i;
 }
 
 TEST_F( MiniProfilerWidget, ClearIsSafeWithASelectionAndARunningTimer )
