@@ -9,11 +9,18 @@ bool IsSeparator( char ch )
 	return ch == '/' || ch == '\\' || ch == ':';
 }
 
-bool IsBelow( const CMiniProfilerRow *pRow, const CMiniProfilerRow *pAncestor ) // a row is below itself
+// Whether there is room below pParent for a record that must not hang below itself.
+bool CanHangBelow( const CQMiniProfilerRecord &record, const CQMiniProfilerRecord *pParent )
 {
-	while ( pRow && pRow != pAncestor )
-		pRow = pRow->m_pTreeParent;
-	return pRow != nullptr;
+	for ( size_t nLevels = 1; pParent != &record; nLevels++ )
+	{
+		if ( nLevels == MINIPROFILER_MAX_RECORD_LEVELS )
+			return false;
+		pParent = AsRecord( pParent->m_pTreeParent );
+		if ( !pParent )
+			return true;
+	}
+	return false;
 }
 } // namespace
 
@@ -36,7 +43,8 @@ void SplitMiniProfilerPath(
 {
 	size_t nStart = 0; // of the component's name: its separator, but for the first
 	size_t nPosition = 0;
-	while ( nPosition < path.size() )
+	size_t nLevels = 1; // with the last one
+	while ( nPosition < path.size() && nLevels < MINIPROFILER_MAX_PATH_LEVELS )
 	{
 		if ( !IsSeparator( path[nPosition] ) )
 		{
@@ -44,6 +52,7 @@ void SplitMiniProfilerPath(
 			continue;
 		}
 		found( path.substr( 0, nPosition ), path.substr( nStart, nPosition - nStart ) );
+		nLevels++;
 		nStart = nPosition;
 		nPosition += path.substr( nPosition, 2 ) == "::" ? 2 : 1;
 	}
@@ -70,6 +79,6 @@ CMiniProfilerRow *MiniProfilerPlacementTarget( const CQMiniProfilerRecord &recor
 	else if ( mode == MiniProfilerLeafMode::DynamicTree )
 		pParent = record.m_pCaller;
 
-	const bool bTaken = pParent && pParent->m_pGroup == record.m_pGroup && !IsBelow( pParent, &record );
+	const bool bTaken = pParent && pParent->m_pGroup == record.m_pGroup && CanHangBelow( record, pParent );
 	return bTaken ? static_cast<CMiniProfilerRow *>( pParent ) : record.m_pGroup;
 }

@@ -27,10 +27,16 @@ enum class MiniProfilerLeafMode : int
 MiniProfilerGroupMode MiniProfilerGroupModeOf( int nValue );
 MiniProfilerLeafMode MiniProfilerLeafModeOf( int nValue );
 
+// Rows above each other: groups of a path, and records below each other. Real ones have a few dozen at most; whoever
+// walks down a tree does it by recursion, and an engine must not be able to make that too deep.
+constexpr size_t MINIPROFILER_MAX_PATH_LEVELS = 64;
+constexpr size_t MINIPROFILER_MAX_RECORD_LEVELS = 256;
+
 // Calls found( key, name ) for every group of a path, outermost first. Components end at "/", "\", ":" or "::"; a
 // group's key is the path up to the end of its component, its name the component with the separator before it: a/b has
 // the groups "a" under the key "a" and "/b" under the key "a/b". A path that begins with a separator has an empty first
-// component: its key and name are empty. The last key is the whole path; an empty path has none.
+// component: its key and name are empty. The last key is the whole path; an empty path has none. The last of
+// MINIPROFILER_MAX_PATH_LEVELS groups has the rest of the path as its name.
 void SplitMiniProfilerPath(
 	std::string_view path, const std::function<void( std::string_view key, std::string_view name )> &found );
 
@@ -44,6 +50,6 @@ inline std::string_view WithoutCommonPrefix( std::string_view path, std::string_
 }
 
 // The row under which a record's item belongs: its static parent or caller (as the mode says, when that is in the same
-// group), else its group; null is the tree's top level. A record that would come to hang below itself goes to its
-// group.
+// group), else its group; null is the tree's top level. A record that would come to hang below itself, or below
+// MINIPROFILER_MAX_RECORD_LEVELS others, goes to its group.
 CMiniProfilerRow *MiniProfilerPlacementTarget( const CQMiniProfilerRecord &record, MiniProfilerLeafMode mode );

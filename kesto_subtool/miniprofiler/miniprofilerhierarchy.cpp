@@ -3,6 +3,7 @@
 #include <iterator>
 #include <utility>
 
+#include "keel0/logging.h"
 #include "miniprofiler/miniprofilermodel.h"
 
 namespace
@@ -16,25 +17,36 @@ QString ToText( std::string_view text )
 CMiniProfilerGroup *CMiniProfilerModel::FindOrCreateGroup(
 	const QString &key, const QString &name, CMiniProfilerGroup *pParent )
 {
-	CMiniProfilerGroup *&pGroup = m_GroupMap[key];
-	if ( !pGroup )
+	if ( CMiniProfilerGroup *pGroup = m_GroupMap.value( key ) )
+		return pGroup;
+	if ( m_Groups.size() >= MAX_GROUPS )
 	{
-		m_Groups.push_back(
-			std::make_unique<CMiniProfilerGroup>( name, pParent, static_cast<int32_t>( m_Groups.size() ) ) );
-		pGroup = m_Groups.back().get();
-		if ( const auto colour = m_BudgetColours.constFind( name ); colour != m_BudgetColours.constEnd() )
-			pGroup->SetBudgetColour( *colour );
-		NoteChange( *pGroup );
+		if ( !std::exchange( m_bGroupsFull, true ) )
+			Warning(
+				"More than %zu groups of mini-profilers: none are added until the grouping changes\n", MAX_GROUPS );
+		return nullptr;
 	}
-	return pGroup;
+	m_Groups.push_back(
+		std::make_unique<CMiniProfilerGroup>( name, pParent, static_cast<int32_t>( m_Groups.size() ) ) );
+	CMiniProfilerGroup &group = *m_Groups.back();
+	m_GroupMap.insert( key, &group );
+	if ( const auto colour = m_BudgetColours.constFind( name ); colour != m_BudgetColours.constEnd() )
+		group.SetBudgetColour( *colour );
+	NoteChange( group );
+	return &group;
 }
 
 // The innermost group of a path; null for an empty one, not pParent.
 CMiniProfilerGroup *CMiniProfilerModel::PathGroup( std::string_view path, CMiniProfilerGroup *pParent )
 {
 	CMiniProfilerGroup *pGroup = nullptr;
-	SplitMiniProfilerPath( path, [&]( std::string_view key, std::string_view name )
-		{ pGroup = FindOrCreateGroup( ToText( key ), ToText( name ), pGroup ? pGroup : pParent ); } );
+	SplitMiniProfilerPath( path,
+		[&]( std::string_view key, std::string_view name )
+		{
+			if ( CMiniProfilerGroup *pFound =
+					 FindOrCreateGroup( ToText( key ), ToText( name ), pGroup ? pGroup : pParent ) )
+				pGroup = pFound;
+		} );
 	return pGroup;
 }
 
@@ -70,9 +82,40 @@ void CMiniProfilerModel::Place( CQMiniProfilerRecord &record )
 	CMiniProfilerRow *pTarget = MiniProfilerPlacementTarget( record, m_LeafMode );
 	if ( pTarget == record.m_pTreeParent )
 		return;
-	record.m_pTreeParent = pTarget;
+	Hang( record, pTarget );
+	m_bNested = m_bNested || AsRecord( pTarget );
+}
+
+void CMiniProfilerModel::Hang( CQMiniProfilerRecord &record, CMiniProfilerRow *pParent )
+{
+	record.m_pTreeParent = pParent;
 	record.m_nChanges |= MINIPROFILER_ROW_MOVED;
 	NoteChange( record );
+}
+
+// A record is placed without a look at what hangs below it already, so a branch can grow at both ends.
+void CMiniProfilerModel::CutDeepBranches()
+{
+	std::vector<uint16_t> levels( m_Records.size() ); // 0 is not known yet
+	std::vector<CQMiniProfilerRecord *> branch;
+	for ( const auto &pRecord : m_Records )
+	{
+		CQMiniProfilerRecord *pUp = pRecord.get();
+		for ( ; pUp && levels[pUp->HistoryIndex()] == 0; pUp = AsRecord( pUp->m_pTreeParent ) )
+			branch.push_back( pUp );
+		uint16_t nLevel = pUp ? levels[pUp->HistoryIndex()] : 0;
+		for ( ; !branch.empty(); branch.pop_back() )
+		{
+			CQMiniProfilerRecord &record = *branch.back();
+			if ( nLevel == MINIPROFILER_MAX_RECORD_LEVELS )
+			{
+				Hang( record, record.m_pGroup );
+				nLevel = 0;
+			}
+			levels[record.HistoryIndex()] = ++nLevel;
+		}
+	}
+	m_bNested = false;
 }
 
 // Every record gets its group before the first one is placed: a record goes below another one only in its own group.
@@ -88,6 +131,12 @@ void CMiniProfilerModel::SetHierarchy( MiniProfilerGroupMode groupMode, MiniProf
 {
 	m_GroupMode = groupMode;
 	m_LeafMode = leafMode;
+	if ( std::exchange( m_bGroupsFull, false ) ) // or there would be no room for the new ones
+	{
+		for ( const auto &pRecord : m_Records )
+			pRecord->m_pGroup = nullptr;
+		PruneGroups();
+	}
 	RebuildHierarchy();
 	PruneGroups();
 }

@@ -50,6 +50,7 @@ uint32_t CMiniProfilerModel::CreateRecord( uint64_t nId, bool bAdvance )
 void CMiniProfilerModel::SetRecordName(
 	CQMiniProfilerRecord &record, std::string_view name, std::string_view description )
 {
+	ReleaseName( record );
 	record.SetName( QString::fromUtf8( name.data(), static_cast<int>( name.size() ) ) );
 	NoteChange( record );
 	record.SetDescription( description );
@@ -72,15 +73,34 @@ void CMiniProfilerModel::SetRecordName(
 	Place( record );
 }
 
-// A record that is named again under its own name is no duplicate of itself.
+void CMiniProfilerModel::SetBudgetColour( const QString &name, const QColor &colour )
+{
+	if ( m_BudgetColours.size() < MAX_BUDGET_COLOURS || m_BudgetColours.contains( name ) )
+		m_BudgetColours.insert( name, colour );
+}
+
+// A record that is named again lets go of its name, so that it is no duplicate of itself, and an engine that goes on
+// renaming its scopes leaves nothing behind.
+void CMiniProfilerModel::ReleaseName( const CQMiniProfilerRecord &record )
+{
+	const auto use = m_NameMap.find( record.Name() );
+	if ( !record.IsNamed() || use == m_NameMap.end() )
+		return;
+	if ( use->m_pFirst == &record )
+		use->m_pFirst = nullptr;
+	if ( --use->m_nRecords == 0 )
+		m_NameMap.erase( use );
+}
+
 void CMiniProfilerModel::NoteDuplicateName( CQMiniProfilerRecord &record )
 {
-	CQMiniProfilerRecord *&pFirst = m_NameMap[record.Name()];
-	if ( !pFirst )
-		pFirst = &record;
-	else if ( pFirst != &record )
+	NameUse &use = m_NameMap[record.Name()];
+	if ( use.m_nRecords++ == 0 )
+		use.m_pFirst = &record;
+	else
 	{
-		pFirst->SetFlag( MINIPROFILER_ROW_DUPLICATE );
+		if ( use.m_pFirst )
+			use.m_pFirst->SetFlag( MINIPROFILER_ROW_DUPLICATE );
 		record.SetFlag( MINIPROFILER_ROW_DUPLICATE );
 	}
 }
@@ -97,6 +117,8 @@ void CMiniProfilerModel::Clear()
 	m_CommonPrefix.clear();
 	m_Records.clear();
 	m_Groups.clear();
+	m_bGroupsFull = false;
+	m_bNested = false;
 	m_History.Clear();
 	m_WantedIds.clear();
 	m_IgnoredIds.clear();
@@ -137,6 +159,8 @@ std::vector<uint64_t> CMiniProfilerModel::TakeWantedIds()
 
 std::vector<CMiniProfilerRow *> CMiniProfilerModel::TakeChanges()
 {
+	if ( m_bNested )
+		CutDeepBranches();
 	return std::exchange( m_Changes, {} );
 }
 

@@ -25,6 +25,11 @@ public:
 	// Records that are kept at most; ids beyond are ignored until Clear.
 	static constexpr size_t MAX_RECORDS = 131072;
 
+	// Groups at most: beyond them a record is filed under the innermost group that there is. Names of budgets whose
+	// colours are kept at most.
+	static constexpr size_t MAX_GROUPS = 131072;
+	static constexpr int MAX_BUDGET_COLOURS = 65536;
+
 	// nTicksPerSecond (> 0) counts until an engine tells its own.
 	explicit CMiniProfilerModel( uint64_t nTicksPerSecond );
 	~CMiniProfilerModel();
@@ -43,7 +48,7 @@ public:
 	void Clear();
 
 	// A budget of that name already there gets the new colour. Records take their colour when they are named.
-	void SetBudgetColour( const QString &name, const QColor &colour ) { m_BudgetColours.insert( name, colour ); }
+	void SetBudgetColour( const QString &name, const QColor &colour );
 	QColor BudgetColour( const QString &name ) const { return m_BudgetColours.value( name ); } // invalid: unknown
 
 	// Files and places every record anew and removes the groups that no record needs any more.
@@ -114,12 +119,15 @@ private:
 	uint32_t CreateRecord( uint64_t nId, bool bAdvance );
 	uint32_t FollowingIndex( uint64_t nId );
 	void SetCaller( uint32_t nRecord, uint64_t nCallerId );
+	void ReleaseName( const CQMiniProfilerRecord &record );
 	void NoteDuplicateName( CQMiniProfilerRecord &record );
 	CMiniProfilerGroup *FindOrCreateGroup( const QString &key, const QString &name, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *PathGroup( std::string_view path, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *BudgetGroup( const CQMiniProfilerRecord &record );
 	CMiniProfilerGroup *GroupOf( const CQMiniProfilerRecord &record );
 	void Place( CQMiniProfilerRecord &record );
+	void Hang( CQMiniProfilerRecord &record, CMiniProfilerRow *pParent );
+	void CutDeepBranches();
 	void PruneGroups();
 	void NoteChange( CMiniProfilerRow &row );
 
@@ -141,7 +149,14 @@ private:
 
 	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_Groups; // parents before their children
 	QHash<QString, CMiniProfilerGroup *> m_GroupMap;
-	QHash<QString, CQMiniProfilerRecord *> m_NameMap; // the first record that was given a name
+
+	// Who has a name. Once the first one has been given another name, all that are left are known duplicates.
+	struct NameUse
+	{
+		CQMiniProfilerRecord *m_pFirst = nullptr;
+		uint32_t m_nRecords = 0;
+	};
+	QHash<QString, NameUse> m_NameMap;
 	QHash<QString, QColor> m_BudgetColours;
 	std::string m_CommonPrefix;
 
@@ -154,6 +169,9 @@ private:
 	MiniProfilerGroupMode m_GroupMode = MiniProfilerGroupMode::None;
 	MiniProfilerLeafMode m_LeafMode = MiniProfilerLeafMode::None;
 	bool m_bPaused = false;
+
+	bool m_bGroupsFull = false; // and it was said
+	bool m_bNested = false;     // records were placed below others since TakeChanges
 
 	std::vector<CMiniProfilerRow *> m_Changes;
 	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_RemovedGroups;

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "miniprofiler/miniprofilergrouping.h"
 
@@ -54,6 +56,22 @@ TEST( MiniProfilerPath, ALeadingSeparatorEndsAnEmptyComponent )
 TEST( MiniProfilerPath, ATrailingSeparatorIsAComponent )
 {
 	EXPECT_EQ( Split( "a/" ), ( Groups{ { "a", "a" }, { "a/", "/" } } ) );
+}
+
+TEST( MiniProfilerPath, TheLastOfManyLevelsIsTheRestOfThePath )
+{
+	const auto Path = []( int nLevels )
+	{
+		std::string path = "a";
+		for ( int i = 1; i < nLevels; i++ )
+			path += "/b";
+		return path;
+	};
+	EXPECT_EQ( Split( Path( 64 ) ).size(), 64u );
+	EXPECT_EQ( Split( Path( 64 ) ).back(), std::make_pair( Path( 64 ), std::string( "/b" ) ) );
+	EXPECT_EQ( Split( Path( 66 ) ).size(), 64u );
+	EXPECT_EQ( Split( Path( 66 ) ).back(), std::make_pair( Path( 66 ), std::string( "/b/b/b" ) ) );
+	EXPECT_EQ( Split( std::string( 1000000, ':' ) ).size(), 64u );
 }
 
 TEST( MiniProfilerPath, TheCommonPrefixIsCutOff )
@@ -128,5 +146,21 @@ TEST_F( MiniProfilerPlacement, ARecordIsNotPlacedBelowWhatHangsBelowIt )
 	m_Caller.m_pTreeParent = &m_Parent;
 	m_Record.m_pCaller = &m_Caller;
 	EXPECT_EQ( MiniProfilerPlacementTarget( m_Record, MiniProfilerLeafMode::DynamicTree ), nullptr );
+}
+
+TEST_F( MiniProfilerPlacement, ARecordIsNotPlacedBelowTooManyOthers )
+{
+	std::vector<std::unique_ptr<CQMiniProfilerRecord>> branch; // from the top
+	for ( uint32_t i = 0; i < 256; i++ )
+	{
+		branch.push_back( std::make_unique<CQMiniProfilerRecord>( 100 + i, i ) );
+		branch.back()->m_pGroup = &m_Group;
+		branch.back()->m_pTreeParent = i == 0 ? static_cast<CMiniProfilerRow *>( &m_Group ) : branch[i - 1].get();
+	}
+	m_Record.m_pGroup = &m_Group;
+	m_Record.m_pStaticParent = branch[254].get();
+	EXPECT_EQ( MiniProfilerPlacementTarget( m_Record, MiniProfilerLeafMode::StaticTree ), branch[254].get() );
+	m_Record.m_pStaticParent = branch[255].get();
+	EXPECT_EQ( MiniProfilerPlacementTarget( m_Record, MiniProfilerLeafMode::StaticTree ), &m_Group );
 }
 } // namespace

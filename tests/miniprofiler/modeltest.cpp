@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 
@@ -77,6 +78,43 @@ TEST_F( MiniProfilerModel, ARecordNamedAgainIsNoDuplicateOfItself )
 	EXPECT_FALSE( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
 	EXPECT_TRUE( Name( 2, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
 	EXPECT_TRUE( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+}
+
+TEST_F( MiniProfilerModel, ARecordThatIsRenamedIsNoDuplicateOfItsOldName )
+{
+	CQMiniProfilerRecord &renamed = Name( 1, "Update" );
+	Name( 1, "Draw" );
+	EXPECT_FALSE( Name( 2, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_FALSE( renamed.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_TRUE( Name( 3, "Draw" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_TRUE( renamed.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+}
+
+TEST_F( MiniProfilerModel, ANameStaysTakenWhileAnyRecordHasIt )
+{
+	Name( 1, "" ); // an empty name is one, too
+	Name( 2, "" );
+	CQMiniProfilerRecord &first = Name( 3, "Update" );
+	Name( 4, "Update" );
+	Name( 3, "Draw" );
+	EXPECT_TRUE( Name( 5, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	first.SetFlag( MINIPROFILER_ROW_DUPLICATE, false );
+	Name( 4, "a" );
+	Name( 5, "b" );
+	EXPECT_FALSE( Name( 6, "Update" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_FALSE( first.HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+	EXPECT_TRUE( Name( 2, "" ).HasFlag( MINIPROFILER_ROW_DUPLICATE ) );
+}
+
+TEST_F( MiniProfilerModel, ColoursOfVeryManyBudgetsAreNotKept )
+{
+	for ( int i = 0; i < 65536; i++ )
+		m_Model.SetBudgetColour( QString::number( i ), Qt::red );
+	m_Model.SetBudgetColour( "one more", Qt::red );
+	m_Model.SetBudgetColour( "7", Qt::blue );
+	EXPECT_FALSE( m_Model.BudgetColour( "one more" ).isValid() );
+	EXPECT_EQ( m_Model.BudgetColour( "7" ), QColor( Qt::blue ) );
+	EXPECT_EQ( m_Model.BudgetColour( "65535" ), QColor( Qt::red ) );
 }
 
 TEST_F( MiniProfilerModel, ARecordTakesTheColourOfItsBudget )
@@ -202,6 +240,56 @@ TEST_F( MiniProfilerModel, GroupsSumTheirMembersFromTheInnermostOut )
 	EXPECT_EQ( group.m_Cur[MINIPROFILER_CALLS], 5.0f );
 	EXPECT_EQ( m_Model.FindGroup( "CFoo::Bar" )->m_nMembers, 1 );
 }
+
+TEST_F( MiniProfilerModel, BeyondTheLastGroupRecordsAreFiledUnderTheInnermostThereIs )
+{
+	constexpr int LEVELS = 64;
+	constexpr int RECORDS = CMiniProfilerModel::MAX_GROUPS / LEVELS + 1;
+	std::string inner;
+	for ( int i = 1; i < LEVELS; i++ )
+		inner += "::x";
+	for ( int i = 0; i < RECORDS; i++ )
+		Name( static_cast<uint64_t>( i + 1 ), "a", Lines( "B", "C" + std::to_string( i ) + inner, "x" ) );
+	CQMiniProfilerRecord &deep = Name( 1000000, "b", Lines( "B", "C0::x::y", "x" ) );
+	CExpectWarnings warnings;
+	Group( MiniProfilerGroupMode::Function );
+	EXPECT_EQ( m_Model.Groups().size(), CMiniProfilerModel::MAX_GROUPS );
+	EXPECT_EQ( m_Model.Records()[RECORDS - 1]->m_pGroup, nullptr );
+	EXPECT_EQ( deep.m_pGroup, m_Model.FindGroup( "C0::x" ) );
+	EXPECT_EQ( warnings.Take().size(), 1u );
+	Group( MiniProfilerGroupMode::Budget ); // makes room
+	EXPECT_EQ( GroupNames(), QStringList{ "B" } );
+	EXPECT_THAT( warnings.Take(), IsEmpty() );
+}
+
+// The levels of records above each other that TakeChanges leaves.
+class MiniProfilerBranches
+	: public MiniProfilerModel
+	, public testing::WithParamInterface<bool>
+{
+};
+
+TEST_P( MiniProfilerBranches, AreCutWhereTheyGetTooLong )
+{
+	constexpr uint64_t RECORDS = 100000;
+	for ( uint64_t nId = 1; nId < RECORDS; nId++ )
+		GetParam() ? m_Model.AddEntry( nId, nId + 1, nullptr ) : m_Model.AddEntry( nId + 1, nId, nullptr );
+	m_Model.SetHierarchy( MiniProfilerGroupMode::None, MiniProfilerLeafMode::DynamicTree );
+	m_Model.TakeChanges();
+	size_t nTops = 0, nDeepest = 0;
+	for ( const auto &pRecord : m_Model.Records() )
+	{
+		size_t nLevels = 0;
+		for ( const CMiniProfilerRow *pRow = pRecord.get(); pRow; pRow = pRow->m_pTreeParent )
+			ASSERT_LE( ++nLevels, 256u );
+		nTops += !pRecord->m_pTreeParent;
+		nDeepest = std::max( nDeepest, nLevels );
+	}
+	EXPECT_EQ( nDeepest, 256u );
+	EXPECT_EQ( nTops, ( RECORDS + 255 ) / 256 ); // and nowhere else
+}
+
+INSTANTIATE_TEST_SUITE_P( UpAndDown, MiniProfilerBranches, testing::Bool() );
 
 TEST_F( MiniProfilerModel, RebuildingFollowsNewCallersButKeepsEmptyGroups )
 {
