@@ -8,9 +8,21 @@
 
 #include "miniprofiler/miniprofilerrow.h"
 
-// The pattern in which a blank stands for anything, "*" and "?" and "[…]" are wildcards, and case does not matter. It
-// matches anywhere in a text; one of blanks only matches everything.
-QRegExp MiniProfilerSearchPattern( const QString &text );
+// A pattern in which a blank stands for anything, "*" and "?" and "[…]" are wildcards, and case does not matter. It
+// matches anywhere in a text; one of blanks only matches everything, one with a bracket that is not closed nothing.
+class CMiniProfilerPattern
+{
+public:
+	explicit CMiniProfilerPattern( const QString &text );
+
+	// Takes a time in proportion to the text's length.
+	bool Matches( const QString &text ) const;
+
+private:
+	// Between two of them there may be anything. One expression for all would try every way to share a text among its
+	// wildcards: hours for a name of a million characters.
+	std::vector<QRegExp> m_Pieces;
+};
 
 // Of these rows the ones whose name matches, in the same order; when none does, the records one of whose description
 // lines matches.
