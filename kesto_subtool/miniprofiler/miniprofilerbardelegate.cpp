@@ -1,5 +1,6 @@
 #include "miniprofiler/miniprofilerbardelegate.h"
 
+#include <QPainter>
 #include <utility>
 
 #include "keel0/platform.h"
@@ -18,12 +19,12 @@ void CQMiniProfilerBarDelegate::paint(
 	QPainter *pPainter, const QStyleOptionViewItem &option, const QModelIndex &index ) const
 {
 	const uint64_t nStart = Plat_CPUTicks();
-	if ( const auto *pRow = index.data( Qt::UserRole ).value<CMiniProfilerRow *>() )
+	if ( auto *pRow = index.data( Qt::UserRole ).value<CMiniProfilerRow *>() )
 	{
 		const MiniProfilerCellPlace place{ option.rect, index.column(),
 			option.state.testFlag( QStyle::State_MouseOver ), option.state.testFlag( QStyle::State_Selected ) };
 		PaintMiniProfilerCell( *pPainter, option.rect, LayoutMiniProfilerCell( *pRow, place, m_Display ),
-			MiniProfilerPalette::For( m_Display.m_bDark ), pRow->StaticName(), m_SmallFont );
+			MiniProfilerPalette::For( m_Display.m_bDark ), pRow->LaidOutName( pPainter->font() ), m_SmallFont );
 	}
 	m_nPaintTicks += Plat_CPUTicks() - nStart;
 }

@@ -1,5 +1,6 @@
 #include "miniprofiler/miniprofilercelllayout.h"
 
+#include <QPolygon>
 #include <algorithm>
 
 #include "miniprofiler/miniprofilershowntext.h"
@@ -249,6 +250,22 @@ MiniProfilerCellLayout LayoutMiniProfilerCell(
 	const CMiniProfilerRow &row, const MiniProfilerCellPlace &place, const MiniProfilerDisplay &display )
 {
 	return CCellLayouter( row, place, display ).Run();
+}
+
+QRect MiniProfilerCellLayout::GraphExtent() const
+{
+	QRect extent;
+	if ( m_Bar )
+		extent |= m_Bar->m_Rect | m_Bar->m_Band.value_or( m_Bar->m_Rect );
+	if ( m_Sigma )
+		for ( const QLine &line : m_Sigma->m_Lines )
+		{
+			const int nMargin = m_Sigma->m_bThick ? 1 : 0; // thick lines are three pixels wide
+			extent |= QRect( line.p1(), line.p2() ).normalized().adjusted( -nMargin, 0, nMargin, 0 );
+		}
+	if ( m_Peak )
+		extent |= QPolygon( QVector<QPoint>( m_Peak->begin(), m_Peak->end() ) ).boundingRect();
+	return extent;
 }
 
 QPointF AlignedTextOrigin( const QRect &box, Qt::Alignment alignment, const QSizeF &size )

@@ -79,6 +79,9 @@ struct MiniProfilerCellLayout
 	std::optional<MiniProfilerTextBox> m_SmallText; // a group's members, or what tells equal names apart
 	std::optional<MiniProfilerTextBox> m_Name;
 	std::optional<MiniProfilerTextBox> m_Number;
+
+	// All that bar, sigmas and peak touch; null without any.
+	QRect GraphExtent() const;
 };
 
 MiniProfilerCellLayout LayoutMiniProfilerCell(

@@ -19,7 +19,19 @@ void CMiniProfilerRow::SetName( const QString &name )
 	m_Name = name;
 	m_bNamed = true;
 	m_StaticName.setText( MiniProfilerShownText( name, MINIPROFILER_MAX_DRAWN_NAME ) );
+	m_bNameLaidOut = false;
 	m_nChanges |= MINIPROFILER_ROW_RENAMED;
+}
+
+const QStaticText &CMiniProfilerRow::LaidOutName( const QFont &font )
+{
+	if ( !m_bNameLaidOut || m_NameFont != font )
+	{
+		m_StaticName.prepare( QTransform(), font );
+		m_NameFont = font;
+		m_bNameLaidOut = true;
+	}
+	return m_StaticName;
 }
 
 void CMiniProfilerRow::SetFlag( MiniProfilerRowFlag flag, bool bOn )

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <QFont>
 #include <QMetaType>
 #include <QStaticText>
 #include <QString>
@@ -42,8 +43,10 @@ public:
 	CMiniProfilerRow &operator=( const CMiniProfilerRow & ) = delete;
 
 	const QString &Name() const { return m_Name; }
-	bool IsNamed() const { return m_bNamed; }                      // by SetName, maybe with an empty name
-	const QStaticText &StaticName() const { return m_StaticName; } // the name as it is drawn, laid out once
+	bool IsNamed() const { return m_bNamed; } // by SetName, maybe with an empty name
+
+	// The name as it is drawn, laid out once for each font, so that its size is right before it is first drawn.
+	const QStaticText &LaidOutName( const QFont &font );
 	void SetName( const QString &name );
 
 	bool HasFlag( MiniProfilerRowFlag flag ) const { return ( m_nFlags & flag ) != 0; }
@@ -73,6 +76,8 @@ private:
 	bool m_bNamed = false;
 	QString m_Name;
 	QStaticText m_StaticName;
+	QFont m_NameFont; // that the name is laid out in
+	bool m_bNameLaidOut = false;
 };
 
 Q_DECLARE_METATYPE( CMiniProfilerRow * )

@@ -87,25 +87,34 @@ private:
 		const Qt::BrushStyle style = ShowsColour() ? Qt::Dense4Pattern : Qt::SolidPattern;
 		if ( m_Combination.m_bHovered )
 		{
-			m_Ops.push_back( PaintOp::FillRect( QRectF( 20, 41, 208, 15 ), fill, style ) );
-			m_Ops.push_back( PaintOp::OutlineRect( QRectF( 20, 41, 208, 15 ), QPen( m_Colours.m_HoverOutline ) ) );
+			m_Ops.push_back( PaintOp::FillRect( QRectF( 21, 42, 207, 14 ), fill, style ) );
+			Frame( 20, 41, 228, 56, m_Colours.m_HoverOutline );
 		}
 		else if ( m_Combination.m_bSelected )
 			m_Ops.push_back( PaintOp::FillRect( QRectF( 20, 41, 209, 16 ), fill, style ) );
+	}
+
+	// The outermost pixels of a rectangle, edges included: top, bottom, left, right.
+	void Frame( int nLeft, int nTop, int nRight, int nBottom, const QColor &colour )
+	{
+		for ( const QRectF &edge :
+			{ QRectF( nLeft, nTop, nRight - nLeft + 1, 1 ), QRectF( nLeft, nBottom, nRight - nLeft + 1, 1 ),
+				QRectF( nLeft, nTop + 1, 1, nBottom - nTop - 1 ), QRectF( nRight, nTop + 1, 1, nBottom - nTop - 1 ) } )
+			m_Ops.push_back( PaintOp::FillRect( edge, colour ) );
 	}
 
 	int X( int nPercent ) const { return 21 + ( m_Display.m_bDrawPeaks ? 200 : 207 ) * nPercent / 100; }
 
 	void Bar()
 	{
-		const QRectF inner( 21, 42, X( CURRENT ) - 21, 13 );
+		const int nRight = X( CURRENT );
 		if ( m_Display.m_nNormalised > 0 && !m_Combination.m_bHovered && !m_Combination.m_bSelected )
 		{
-			m_Ops.push_back( PaintOp::FillRect( inner.adjusted( 0, 0, 1, 1 ), m_Colours.m_Pale ) );
+			m_Ops.push_back( PaintOp::FillRect( QRectF( 21, 42, nRight - 20, 14 ), m_Colours.m_Pale ) );
 			return;
 		}
-		m_Ops.push_back( PaintOp::FillRect( inner, m_Colours.m_BarFill ) );
-		m_Ops.push_back( PaintOp::OutlineRect( inner, QPen( m_Colours.m_BarOutline ) ) );
+		m_Ops.push_back( PaintOp::FillRect( QRectF( 22, 43, nRight - 22, 12 ), m_Colours.m_BarFill ) );
+		Frame( 21, 42, nRight, 55, m_Colours.m_BarOutline );
 		m_Ops.push_back(
 			PaintOp::FillRect( QRectF( X( AVERAGE ), 45, X( CURRENT ) - X( AVERAGE ) + 1, 4 ), m_Colours.m_Band ) );
 	}
@@ -170,7 +179,7 @@ protected:
 		record.m_Peaks[nColumn] = MAXIMUM * PEAK / 100;
 	}
 
-	std::vector<PaintOp> Paint( const CQMiniProfilerRecord &record, const Combination &combination ) const
+	std::vector<PaintOp> Paint( CQMiniProfilerRecord &record, const Combination &combination ) const
 	{
 		CPaintLog log( QSize( 400, 100 ) );
 		QPainter painter( &log );
@@ -178,12 +187,12 @@ protected:
 		const auto layout = LayoutMiniProfilerCell(
 			record, { CELL, 0, combination.m_bHovered, combination.m_bSelected }, combination.m_Display );
 		PaintMiniProfilerCell( painter, CELL, layout, MiniProfilerPalette::For( combination.m_Display.m_bDark ),
-			record.StaticName(), m_Font );
+			record.LaidOutName( m_Font ), m_Font );
 		painter.end();
 		return log.Ops();
 	}
 
-	void Check( const CQMiniProfilerRecord &record, const Combination &combination ) const
+	void Check( CQMiniProfilerRecord &record, const Combination &combination ) const
 	{
 		const CExpectation expected( combination );
 		std::vector<PaintOp> ops = Paint( record, combination );

@@ -2,7 +2,9 @@
 
 #include <QPainter>
 #include <QTreeWidget>
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "miniprofiler/miniprofilerbardelegate.h"
 #include "miniprofiler/miniprofilercelllayout.h"
@@ -284,14 +286,14 @@ TEST_F( MiniProfilerCell, AValueFarBeyondTheScaleStaysANumber )
 class MiniProfilerPainting : public MiniProfilerCell
 {
 protected:
-	std::vector<PaintOp> Paint( const CMiniProfilerRow &row, int nColumn, bool bHovered, bool bSelected ) const
+	std::vector<PaintOp> Paint( CMiniProfilerRow &row, int nColumn, bool bHovered, bool bSelected ) const
 	{
 		CPaintLog log( QSize( 400, 100 ) );
 		{
 			QPainter painter( &log );
 			painter.setFont( m_Font );
 			PaintMiniProfilerCell( painter, CELL, Layout( row, nColumn, bHovered, bSelected ),
-				MiniProfilerPalette::For( m_Display.m_bDark ), row.StaticName(), m_SmallFont );
+				MiniProfilerPalette::For( m_Display.m_bDark ), row.LaidOutName( m_Font ), m_SmallFont );
 		}
 		return log.Ops();
 	}
@@ -305,8 +307,11 @@ TEST_F( MiniProfilerPainting, DrawsBarBandSigmasPeakAndNameInThisOrder )
 	const QColor barOutline( 207, 182, 86 ), sigma( 171, 165, 207 ), peak( 234, 127, 129 );
 	const std::vector<QPointF> triangle{ { 181, 42 }, { 181, 55 }, { 176, 48 } };
 	EXPECT_THAT( Paint( m_Record, 0, false, false ),
-		ElementsAre( PaintOp::FillRect( QRectF( 21, 42, 100, 13 ), QColor( 255, 237, 168 ) ),
-			PaintOp::OutlineRect( QRectF( 21, 42, 100, 13 ), QPen( barOutline ) ), // pixels 21..121, 42..55
+		ElementsAre( PaintOp::FillRect( QRectF( 22, 43, 99, 12 ), QColor( 255, 237, 168 ) ),
+			PaintOp::FillRect( QRectF( 21, 42, 101, 1 ), barOutline ), // pixels 21..121, 42..55
+			PaintOp::FillRect( QRectF( 21, 55, 101, 1 ), barOutline ),
+			PaintOp::FillRect( QRectF( 21, 43, 1, 12 ), barOutline ),
+			PaintOp::FillRect( QRectF( 121, 43, 1, 12 ), barOutline ),
 			PaintOp::FillRect( QRectF( 101, 45, 21, 4 ), QColor( 255, 243, 196 ) ),
 			PaintOp::Line( QLineF( 101, 41, 101, 56 ), QPen( sigma ) ),
 			PaintOp::Line( QLineF( 81, 48, 121, 48 ), QPen( sigma ) ),
@@ -320,8 +325,8 @@ TEST_F( MiniProfilerPainting, DrawsBarBandSigmasPeakAndNameInThisOrder )
 TEST_F( MiniProfilerPainting, HoveringThickensTheSigmas )
 {
 	const auto ops = Paint( m_Record, 0, true, false );
-	EXPECT_EQ( ops[0], PaintOp::FillRect( QRectF( 20, 41, 208, 15 ), QColor( 238, 237, 255 ) ) );
-	EXPECT_EQ( ops[1], PaintOp::OutlineRect( QRectF( 20, 41, 208, 15 ), QPen( QColor( 194, 191, 230 ) ) ) );
+	EXPECT_EQ( ops[0], PaintOp::FillRect( QRectF( 21, 42, 207, 14 ), QColor( 238, 237, 255 ) ) );
+	EXPECT_EQ( ops[1], PaintOp::FillRect( QRectF( 20, 41, 209, 1 ), QColor( 194, 191, 230 ) ) );
 	const auto lines = std::ranges::count_if(
 		ops, []( const PaintOp &op ) { return op.m_Kind == PaintOp::Kind::Line && op.m_flPenWidth == 3; } );
 	EXPECT_EQ( lines, 4 );
@@ -367,13 +372,42 @@ TEST_F( MiniProfilerPainting, AColouredGroupWithItsCountInTheSmallFont )
 
 TEST_F( MiniProfilerPainting, NothingIsDrawnOutsideTheCell )
 {
-	m_Record.m_Peaks[2] = 1e20f;
-	m_Record.SetName( QString( 200, 'W' ) );
-	for ( const PaintOp &op : Paint( m_Record, 0, false, false ) )
+	const QRectF cell( CELL );
+	const auto IsInside = [cell]( const PaintOp &op )
 	{
-		ASSERT_TRUE( op.m_Clip );
-		EXPECT_TRUE( QRectF( CELL ).contains( *op.m_Clip ) ) << op;
+		if ( op.m_Clip && cell.contains( *op.m_Clip ) )
+			return true;
+		return ( op.m_Rect.isNull() || cell.contains( op.m_Rect ) ) &&
+			   std::ranges::all_of( op.m_Points, [cell]( const QPointF &point ) { return cell.contains( point ); } );
+	};
+	for ( const PaintOp &op : Paint( m_Record, 0, true, false ) ) // where everything fits
+		EXPECT_TRUE( IsInside( op ) ) << op;
+
+	m_Record.SetName( QString( 200, 'W' ) );
+	for ( MiniProfilerArray *pArray : { &m_Record.m_Cur, &m_Record.m_StDev, &m_Record.m_Peaks } )
+	{
+		const float flBefore = std::exchange( ( *pArray )[2], 1e20f );
+		for ( const PaintOp &op : Paint( m_Record, 0, true, false ) )
+			EXPECT_TRUE( IsInside( op ) ) << op;
+		( *pArray )[2] = flBefore;
 	}
+	m_Record.m_Ave[4] = 1e30f;
+	for ( const Qt::Alignment alignment : { Qt::Alignment( Qt::AlignLeft ), Qt::Alignment( Qt::AlignRight ) } )
+	{
+		m_Display.m_Alignment = alignment;
+		EXPECT_TRUE( IsInside( Paint( m_Record, 4, false, false ).back() ) );
+	}
+}
+
+TEST_F( MiniProfilerPainting, ANameIsInItsPlaceTheFirstTimeAndInAnotherFont )
+{
+	m_Display.m_Alignment = Qt::AlignRight;
+	const auto first = Paint( m_Record, 0, false, false );
+	EXPECT_TRUE( SameDrawing( Paint( m_Record, 0, false, false ), first ) );
+	m_Font.setPointSize( 15 );
+	const auto larger = Paint( m_Record, 0, false, false );
+	EXPECT_LT( larger.back().m_Rect.x(), first.back().m_Rect.x() );
+	EXPECT_TRUE( SameDrawing( Paint( m_Record, 0, false, false ), larger ) );
 }
 
 // -- Scale

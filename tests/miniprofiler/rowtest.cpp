@@ -24,11 +24,11 @@ TEST( MiniProfilerRow, ANewRecordHasNothingButItsKind )
 
 TEST( MiniProfilerRow, ANewGroupIsWhiteAndNamed )
 {
-	const CMiniProfilerGroup group( "Physics", nullptr, 3 );
+	CMiniProfilerGroup group( "Physics", nullptr, 3 );
 	EXPECT_TRUE( group.HasFlag( MINIPROFILER_ROW_GROUP ) );
 	EXPECT_EQ( group.m_Colour, QColor( Qt::white ) );
 	EXPECT_EQ( group.Name(), "Physics" );
-	EXPECT_EQ( group.StaticName().text(), "Physics" );
+	EXPECT_EQ( group.LaidOutName( QFont() ).text(), "Physics" );
 	EXPECT_EQ( group.m_nIndex, 3 );
 	EXPECT_EQ( group.m_nMembers, 0 );
 }
@@ -37,8 +37,8 @@ TEST( MiniProfilerRow, ANameThatLooksLikeMarkupIsShownAsItIs )
 {
 	auto record = MakeRecord();
 	record.SetName( "<b>operator<</b>" );
-	EXPECT_EQ( record.StaticName().text(), "<b>operator<</b>" );
-	EXPECT_EQ( record.StaticName().textFormat(), Qt::PlainText );
+	EXPECT_EQ( record.LaidOutName( QFont() ).text(), "<b>operator<</b>" );
+	EXPECT_EQ( record.LaidOutName( QFont() ).textFormat(), Qt::PlainText );
 }
 
 TEST( MiniProfilerRow, ADescriptionIsCutAtItsLineFeeds )

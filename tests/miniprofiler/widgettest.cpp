@@ -769,7 +769,7 @@ TEST_F( MiniProfilerWidget, NoMoreOfAMillionCharactersIsDrawnThanCanBeSeen )
 	for ( const auto &pRecord : m_Panel.Model().Records() )
 	{
 		EXPECT_EQ( pRecord->Name().size(), LENGTH );
-		EXPECT_LE( pRecord->StaticName().text().size(), 256 );
+		EXPECT_LE( pRecord->LaidOutName( m_Tree.font() ).text().size(), 256 );
 		EXPECT_LE( pRecord->m_pItem->toolTip( 0 ).size(), 1000 );
 	}
 	size_t nCharacters = 0;
