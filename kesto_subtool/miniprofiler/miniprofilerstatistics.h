@@ -15,6 +15,8 @@
 // Exclusive columns are 0: the engine sends inclusive times only. A record without samples stays as it is, one with a
 // single sample keeps its deviations. The idle flag says that C and T are 0.
 //
-// records[i] must have history index i; all of them are computed.
-void ComputeMiniProfilerStatistics(
-	const CMiniProfilerHistory &history, std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks );
+// records[i] must have history index i; all of them are computed. bWide, for processors that have the vectors for it,
+// takes half as long and gives the same numbers to the last bit.
+bool HasWideVectors();
+void ComputeMiniProfilerStatistics( const CMiniProfilerHistory &history,
+	std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks, bool bWide = HasWideVectors() );

@@ -259,13 +259,14 @@ CQMiniProfilerTreeWidget::PlacesKept CQMiniProfilerTreeWidget::KeepPlaces(
 	places.m_nScrollY = verticalScrollBar()->value();
 	if ( currentItem() )
 		places.m_pCurrent = &RowOf( *currentItem() );
+	// To ask an item itself, the view has to find its row among its siblings: that is left for the few that may say
+	// yes.
 	for ( CMiniProfilerRow *pRow : rows )
-	{
-		if ( pRow->m_pItem->isExpanded() )
+		if ( pRow->m_pItem->childCount() > 0 && pRow->m_pItem->isExpanded() )
 			places.m_Expanded.push_back( pRow );
-		if ( pRow->m_pItem->isSelected() )
-			places.m_Selected.push_back( pRow );
-	}
+	for ( const QItemSelectionRange &range : selectionModel()->selection() )
+		for ( int i = range.top(); i <= range.bottom(); i++ )
+			places.m_Selected.push_back( &RowOf( *itemFromIndex( model()->index( i, 0, range.parent() ) ) ) );
 	return places;
 }
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <deque>
 
@@ -200,7 +201,7 @@ TEST_F( MiniProfilerStatistics, AgreesWithAPlainModelUnderRandomSamples )
 	}
 	for ( const bool bPeaks : { true, false } )
 	{
-		Compute( bPeaks );
+		ComputeMiniProfilerStatistics( m_History, m_Records, bPeaks, false ); // as every processor can
 		for ( size_t i = 0; i < model.size(); i++ )
 		{
 			if ( model[i].empty() )
@@ -212,6 +213,36 @@ TEST_F( MiniProfilerStatistics, AgreesWithAPlainModelUnderRandomSamples )
 			ExpectNear( m_Records[i]->m_StDev, expected.m_StDev, "StDev" );
 			ExpectNear( m_Records[i]->m_Peaks, expected.m_Peaks, "Peaks" );
 			EXPECT_EQ( m_Records[i]->HasFlag( MINIPROFILER_ROW_IDLE ), expected.m_bIdle );
+		}
+	}
+}
+
+TEST_F( MiniProfilerStatistics, EveryProcessorGetsTheSameNumbers )
+{
+	if ( !HasWideVectors() )
+		GTEST_SKIP() << "this processor has no vectors of four";
+	const uint32_t nSeed = RandomSeed();
+	SCOPED_TRACE( SeedText( nSeed ) );
+	std::mt19937_64 random( nSeed );
+	for ( uint32_t nRecords = 1; nRecords <= 21; nRecords++ ) // every remainder of a block
+	{
+		AddRecord( random() % 2 == 0 );
+		for ( uint64_t i = random() % 40; i > 0; i-- )
+		{
+			m_History.Advance();
+			for ( uint32_t j = 0; j < nRecords; j++ )
+				m_History.SetNewest( j, { random() >> random() % 64, random() % 5 } );
+		}
+		ComputeMiniProfilerStatistics( m_History, m_Records, true, false );
+		std::vector<std::array<MiniProfilerArray, 4>> narrow;
+		for ( const auto &pRecord : m_Records )
+			narrow.push_back( { pRecord->m_Ave, pRecord->m_StDev, pRecord->m_Cur, pRecord->m_Peaks } );
+		ComputeMiniProfilerStatistics( m_History, m_Records, true, true );
+		for ( uint32_t j = 0; j < nRecords; j++ )
+		{
+			const CQMiniProfilerRecord &record = *m_Records[j];
+			const std::array<MiniProfilerArray, 4> wide{ record.m_Ave, record.m_StDev, record.m_Cur, record.m_Peaks };
+			ASSERT_EQ( wide, narrow[j] ) << "record " << j << " of " << nRecords;
 		}
 	}
 }

@@ -22,6 +22,7 @@
 #include "miniprofiler/miniprofilertreewidget.h"
 #include "miniprofiler/miniprofilerwidget.h"
 #include "support/fakeclock.h"
+#include "support/logguard.h"
 #include "support/paintlog.h"
 
 namespace
@@ -324,6 +325,28 @@ TEST_F( MiniProfilerWidget, TheDynamicTreeFollowsCallersWhenRebuiltContinuously 
 	EXPECT_EQ( Item( "C" )->parent(), Item( "B" ) );
 }
 
+TEST_F( MiniProfilerWidget, AChainOfVeryManyCallersIsShownAndCleared )
+{
+	constexpr uint64_t RECORDS = 100000;
+	CFrameBuilder data;
+	data.BeginData( true );
+	for ( uint64_t nId = 1; nId < RECORDS; nId++ )
+		data.Entry( nId, nId + 1, nId, 1 );
+	LeafMode().setCurrentIndex( 2 );
+	Action( "Rebuild Hierarchy Continuously" )->trigger();
+	m_Panel.ReceiveChunk( data.End().Payload() );
+	m_Panel.show();
+	for ( int i = 0; i < 2; i++ ) // the second time nothing moves
+	{
+		m_Panel.RegenerateDataView();
+		EXPECT_EQ( m_Tree.topLevelItemCount(), static_cast<int>( ( RECORDS + 255 ) / 256 ) );
+	}
+	m_Tree.expandAll();
+	m_Panel.RegenerateDataView();
+	m_Panel.Clear();
+	EXPECT_EQ( m_Tree.topLevelItemCount(), 0 );
+}
+
 TEST_F( MiniProfilerWidget, JumpsToTheCallerOrTheStaticParent )
 {
 	m_Panel.ReceiveChunk( CFrameBuilder()
@@ -600,6 +623,22 @@ TEST_F( MiniProfilerWidget, TheOverheadKeepsItsTextWithoutCosts )
 	ASSERT_NE( pOverhead, nullptr );
 	EXPECT_TRUE( pOverhead->text().contains( "2/99 profilers" ) );
 	EXPECT_TRUE( pOverhead->toolTip().contains( "2 profiler names sent" ) );
+}
+
+TEST_F( MiniProfilerWidget, ScopesBeyondTheLimitAreCountedInTheOverhead )
+{
+	CExpectWarnings warnings;
+	CFrameBuilder data;
+	data.BeginData( true );
+	for ( uint64_t nId = 1; nId <= CMiniProfilerModel::MAX_RECORDS + 2; nId++ )
+		data.Entry( nId, 0, nId, 1 );
+	m_Panel.ReceiveChunk( data.End().Payload() );
+	m_Panel.RegenerateDataView();
+	EXPECT_EQ( warnings.Take().size(), 1u );
+	EXPECT_EQ( m_Tree.topLevelItemCount(), static_cast<int>( CMiniProfilerModel::MAX_RECORDS ) );
+	const QLabel *pOverhead = LabelWith( "MiniProfiler net engine service: " );
+	ASSERT_NE( pOverhead, nullptr );
+	EXPECT_TRUE( pOverhead->toolTip().endsWith( "\n2 further profilers ignored: at most 131072 are kept" ) );
 }
 
 TEST_F( MiniProfilerWidget, WithoutAnyNumbersCellsAreEmptyAndThePeaksSort )
