@@ -6,6 +6,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QSet>
 #include <QTreeWidgetItemIterator>
 #include <algorithm>
 
@@ -174,14 +175,24 @@ std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::RowsInOrder() const
 	return rows;
 }
 
-std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::SelectedRows() const
+// An item that is asked whether it is selected looks itself up among all of its siblings; these come as ranges of rows.
+std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::SelectedRowsInAnyOrder() const
 {
 	std::vector<CMiniProfilerRow *> rows;
-	if ( !selectionModel()->hasSelection() )
+	for ( const QItemSelectionRange &range : selectionModel()->selection() )
+		for ( int i = range.top(); i <= range.bottom(); i++ )
+			rows.push_back( &RowOf( *itemFromIndex( model()->index( i, 0, range.parent() ) ) ) );
+	return rows;
+}
+
+std::vector<CMiniProfilerRow *> CQMiniProfilerTreeWidget::SelectedRows() const
+{
+	std::vector<CMiniProfilerRow *> rows = SelectedRowsInAnyOrder();
+	if ( rows.size() < 2 )
 		return rows;
-	QTreeWidgetItemIterator i( const_cast<CQMiniProfilerTreeWidget *>( this ), QTreeWidgetItemIterator::Selected );
-	for ( ; *i; ++i )
-		rows.push_back( &RowOf( **i ) );
+	const QSet<CMiniProfilerRow *> selected( rows.begin(), rows.end() );
+	rows = RowsInOrder();
+	std::erase_if( rows, [&]( CMiniProfilerRow *pRow ) { return !selected.contains( pRow ); } );
 	return rows;
 }
 
@@ -259,14 +270,10 @@ CQMiniProfilerTreeWidget::PlacesKept CQMiniProfilerTreeWidget::KeepPlaces(
 	places.m_nScrollY = verticalScrollBar()->value();
 	if ( currentItem() )
 		places.m_pCurrent = &RowOf( *currentItem() );
-	// To ask an item itself, the view has to find its row among its siblings: that is left for the few that may say
-	// yes.
 	for ( CMiniProfilerRow *pRow : rows )
 		if ( pRow->m_pItem->childCount() > 0 && pRow->m_pItem->isExpanded() )
 			places.m_Expanded.push_back( pRow );
-	for ( const QItemSelectionRange &range : selectionModel()->selection() )
-		for ( int i = range.top(); i <= range.bottom(); i++ )
-			places.m_Selected.push_back( &RowOf( *itemFromIndex( model()->index( i, 0, range.parent() ) ) ) );
+	places.m_Selected = SelectedRowsInAnyOrder();
 	return places;
 }
 

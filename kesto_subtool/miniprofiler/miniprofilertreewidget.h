@@ -74,6 +74,7 @@ private:
 	struct PlacesKept;
 
 	static Changes TakeChanges( CMiniProfilerModel &model );
+	std::vector<CMiniProfilerRow *> SelectedRowsInAnyOrder() const;
 	PlacesKept KeepPlaces( const std::vector<CMiniProfilerRow *> &rows ) const;
 	void RestorePlaces( PlacesKept &places );
 	void TakeItem( QTreeWidgetItem &item );
