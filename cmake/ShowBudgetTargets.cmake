@@ -1,62 +1,70 @@
 # Functions that make the targets of this project.
 
-# What the leak checker is to leave out, for every program that CTest runs.
-set( showbudgetLeakOptions
-	"LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0"
-)
-
-# How test programs are compiled: parsing the headers of the test and widget libraries takes far longer than the tests'
-# own lines, so they are parsed once (precompiled), and test code is not optimised.
-function( showbudget_compile_as_test name )
-	target_compile_options( ${name} PRIVATE -O0 -g1
-		$<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> $<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>
-	)
-endfunction()
-
-# showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] [PROPERTIES name value...] )
-# A GoogleTest program whose every test case is a test of its own for CTest. With QT the program's main makes a
-# QApplication on the offscreen platform and fails a test that causes a Qt warning it did not expect.
-function( showbudget_test name )
-	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS;PROPERTIES" )
-	add_executable( ${name} ${test_SOURCES} )
-	set( environment "${showbudgetLeakOptions}" )
-	if( test_QT )
-		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support_qt )
-		target_precompile_headers( ${name} REUSE_FROM test_support_qt )
-		list( APPEND environment "QT_QPA_PLATFORM=offscreen" )
-		set_target_properties( ${name} PROPERTIES AUTOMOC ON )
-	else()
-		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support )
-		target_precompile_headers( ${name} REUSE_FROM test_support )
-	endif()
-	showbudget_compile_as_test( ${name} )
-	if( SHOWBUDGET_JOIN_TESTS )
+# showbudget_join( NAME )
+# For targets whose files have more headers than lines of their own: SHOWBUDGET_JOIN compiles several of them at once.
+function( showbudget_join name )
+	if( SHOWBUDGET_JOIN )
 		set_target_properties( ${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6 )
 		# A file-local name is no matter to another file, nor to a type of the same file.
 		target_compile_options( ${name} PRIVATE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage> )
 	endif()
-	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-		PROPERTIES TIMEOUT 180 ENVIRONMENT "${environment}" LABELS "${test_LABELS}" ${test_PROPERTIES} )
 endfunction()
 
-# showbudget_fuzzer( NAME SOURCES file... LIBRARIES target... CORPUS folder )
-# A fuzz target that defines LLVMFuzzerTestOneInput. The fuzz preset links it with libFuzzer; every other build links a
-# main that replays files, and the corpus runs as an ordinary test.
-function( showbudget_fuzzer name )
-	cmake_parse_arguments( PARSE_ARGV 1 fuzz "" "CORPUS" "SOURCES;LIBRARIES" )
-	add_executable( ${name} ${fuzz_SOURCES} )
-	target_link_libraries( ${name} PRIVATE ${fuzz_LIBRARIES} )
-	if( SHOWBUDGET_WITH_FUZZERS )
-		target_link_options( ${name} PRIVATE -fsanitize=fuzzer )
-		set( replayArguments -runs=0 "${fuzz_CORPUS}" )
-	else()
-		target_link_libraries( ${name} PRIVATE fuzz_replay_main )
-		set( replayArguments "${fuzz_CORPUS}" )
+# showbudget_set_up_sanitizers( NAME [QT] )
+# For a program that tests run: it brings along what the sanitizers are to know, in a build that has them. QT: it makes a
+# QApplication.
+function( showbudget_set_up_sanitizers name )
+	if( NOT SHOWBUDGET_SANITIZERS OR NOT SHOWBUDGET_WITH_TESTS )
+		return()
 	endif()
-	add_test( NAME ${name}.corpus COMMAND ${name} ${replayArguments} )
-	set_tests_properties( ${name}.corpus PROPERTIES TIMEOUT 180 LABELS fuzz
-		ENVIRONMENT "QT_QPA_PLATFORM=offscreen;${showbudgetLeakOptions}"
+	target_sources( ${name} PRIVATE $<TARGET_OBJECTS:sanitizer_options> )
+	if( "QT" IN_LIST ARGN AND SHOWBUDGET_SANITIZERS MATCHES "address" )
+		target_sources( ${name} PRIVATE $<TARGET_OBJECTS:sanitizer_application_start> )
+		target_link_options( ${name} PRIVATE LINKER:--wrap=_ZN12QApplicationC1ERiPPci )
+	endif()
+endfunction()
+
+# How test programs are compiled: parsing the headers of the test and widget libraries takes far longer than the tests'
+# own lines, so they are parsed once (precompiled), and test code is not optimised. Hence the checks of the C library stay
+# out, which need an optimising compiler, and so does what guides a fuzzer.
+function( showbudget_compile_as_test name )
+	target_compile_options( ${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE
+		$<$<BOOL:${SHOWBUDGET_WITH_FUZZERS}>:-fno-sanitize=fuzzer-no-link>
+		$<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess> $<$<CXX_COMPILER_ID:Clang>:SHELL:-Xclang -fno-pch-timestamp>
 	)
+endfunction()
+
+# All programs that the tsan preset builds and runs.
+add_custom_target( thread_tests )
+
+# showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] [PROPERTIES name value...] )
+# A GoogleTest program whose every test case is a test of its own for CTest. With QT the program's main makes a
+# QApplication on the offscreen platform and fails a test that causes a Qt warning it did not expect. The label "threads"
+# is for programs in which threads meet and that can be watched by ThreadSanitizer; those with Qt, whose own locks it does
+# not see, are labelled "threads-qt". PROPERTIES: of every test, for CTest; one value each.
+function( showbudget_test name )
+	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS;PROPERTIES" )
+	add_executable( ${name} ${test_SOURCES} )
+	if( test_QT )
+		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support_qt )
+		target_precompile_headers( ${name} REUSE_FROM test_support_qt )
+		set_target_properties( ${name} PROPERTIES AUTOMOC ON )
+		showbudget_set_up_sanitizers( ${name} QT )
+	else()
+		target_link_libraries( ${name} PRIVATE ${test_LIBRARIES} test_support )
+		target_precompile_headers( ${name} REUSE_FROM test_support )
+		showbudget_set_up_sanitizers( ${name} )
+	endif()
+	showbudget_compile_as_test( ${name} )
+	showbudget_join( ${name} )
+	set( properties TIMEOUT "${SHOWBUDGET_TEST_TIMEOUT}" ${test_PROPERTIES} )
+	if( test_LABELS )
+		list( APPEND properties LABELS "${test_LABELS}" )
+	endif()
+	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties} )
+	if( "threads" IN_LIST test_LABELS )
+		add_dependencies( thread_tests ${name} )
+	endif()
 endfunction()
 
 # showbudget_bench( NAME SOURCES file... LIBRARIES target... )
@@ -67,6 +75,6 @@ function( showbudget_bench name )
 	add_executable( ${name} ${bench_SOURCES} )
 	target_link_libraries( ${name} PRIVATE ${bench_LIBRARIES} benchmark::benchmark )
 	if( NOT CMAKE_BUILD_TYPE STREQUAL "Release" )
-		target_compile_options( ${name} PRIVATE -O0 -g1 )
+		target_compile_options( ${name} PRIVATE -O0 -g1 -U_FORTIFY_SOURCE )
 	endif()
 endfunction()

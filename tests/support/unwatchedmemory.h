@@ -1,0 +1,24 @@
+// Keeps the leak checker's eyes off memory that is not lost but that it cannot find.
+#pragma once
+
+// Of the leak checker, where the program is built with it.
+extern "C" __attribute__( ( weak ) ) void __lsan_disable();
+extern "C" __attribute__( ( weak ) ) void __lsan_enable();
+
+// What this thread allocates while one lives is never reported.
+class CUnwatchedMemory
+{
+public:
+	CUnwatchedMemory()
+	{
+		if ( __lsan_disable )
+			__lsan_disable();
+	}
+	~CUnwatchedMemory()
+	{
+		if ( __lsan_enable )
+			__lsan_enable();
+	}
+	CUnwatchedMemory( const CUnwatchedMemory & ) = delete;
+	CUnwatchedMemory &operator=( const CUnwatchedMemory & ) = delete;
+};
