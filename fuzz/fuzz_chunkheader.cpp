@@ -1,9 +1,13 @@
 // A stream of chunks: what the assembler hands out is what a splitter that sees the whole stream finds, wherever the
-// stream is cut, and its memory follows the bytes that arrived.
+// stream is cut (nowhere, once at every byte, behind every byte, at random), and its memory follows the bytes that
+// arrived.
 //
 // The first byte of an input chooses the cuts, the rest is the stream.
 #include <algorithm>
+#include <array>
+#include <cstdio>
 #include <map>
+#include <string>
 #include <vector>
 
 #include "require.h"
@@ -14,6 +18,8 @@ namespace
 using wire::CChunkAssembler;
 using wire::HeaderProblem;
 using Bytes = std::vector<uint8_t>;
+
+constexpr size_t MAX_CUT = 256; // every place up to here: more than what 20 headers need
 
 std::map<void *, size_t> g_Blocks;
 size_t g_nLive = 0;
@@ -35,6 +41,31 @@ void Free( void *pBlock )
 	std::free( pBlock );
 }
 
+// What a message calls a chunk's type: its four characters, or its number where one cannot be printed.
+std::string TypeText( const uint8_t *pHeader )
+{
+	const std::string characters( pHeader, pHeader + 4 );
+	if ( std::all_of( characters.begin(), characters.end(), []( char c ) { return c >= ' ' && c <= '~'; } ) )
+		return characters;
+	char number[11];
+	std::snprintf( number, sizeof( number ), "0x%02X%02X%02X%02X", pHeader[0], pHeader[1], pHeader[2], pHeader[3] );
+	return number;
+}
+
+// A header that is read and written again is the same, but for its reserved bytes, which are written as 0.
+void CheckHeader( const uint8_t *pHeader )
+{
+	std::array<uint8_t, wire::CHUNK_HEADER_SIZE> bytes;
+	std::copy_n( pHeader, bytes.size(), bytes.begin() );
+	wire::ChunkHeader header;
+	wire::ReadChunkHeader( bytes, header );
+	Require( wire::DescribeChunkType( header.m_nType ).m_Text == TypeText( pHeader ), "a type has its text" );
+	std::array<uint8_t, wire::CHUNK_HEADER_SIZE> written;
+	wire::WriteChunkHeader( written, header );
+	bytes[6] = bytes[7] = 0;
+	Require( written == bytes, "what was read can be written" );
+}
+
 struct Outcome
 {
 	std::vector<Bytes> m_Chunks; // with their headers
@@ -52,6 +83,7 @@ Outcome Split( std::span<const uint8_t> stream )
 	while ( stream.size() - nAt >= 12 )
 	{
 		const uint8_t *p = stream.data() + nAt;
+		CheckHeader( p );
 		uint64_t nLength = 0;
 		for ( int i = 8; i < 12; i++ )
 			nLength = nLength * 256 + p[i];
@@ -107,6 +139,16 @@ Outcome Assemble( std::span<const uint8_t> stream, uint32_t nPattern )
 	} while ( !stream.empty() );
 	return outcome;
 }
+
+// In two pieces.
+Outcome AssembleCut( std::span<const uint8_t> stream, size_t nCut )
+{
+	CChunkAssembler assembler( { Alloc, Free } );
+	Outcome outcome;
+	Feed( assembler, stream.first( nCut ), outcome );
+	Feed( assembler, stream.subspan( nCut ), outcome );
+	return outcome;
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
@@ -117,6 +159,8 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 	const Outcome expected = Split( stream );
 	for ( const uint32_t nPattern : { 0u, 1u, 2u + pData[0] } )
 		Require( Assemble( stream, nPattern ) == expected, "a cut stream gives the chunks of the whole one" );
+	for ( size_t nCut = 0; nCut <= std::min( stream.size(), MAX_CUT ); nCut++ )
+		Require( AssembleCut( stream, nCut ) == expected, "and so does one that is cut once" );
 	Require( g_Blocks.empty(), "every block is freed" );
 	return 0;
 }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "keel0/keyvalues.h"
+#include "memorylimit.h"
 #include "require.h"
 
 namespace
@@ -201,6 +202,12 @@ void RequirePlaceInside( std::string_view text, const KeyValues::ParseError &err
 	const size_t nLineLength = std::min( text.find( '\n' ), text.size() );
 	Require( error.m_nColumn <= nLineLength + 1, "the column of an error is in its line or right behind it" );
 }
+
+bool Load( KeyValues &tree, std::string_view text, KeyValues::ParseError &error )
+{
+	CMemoryLimit limit( text.size() );
+	return tree.LoadFromBuffer( text, &error );
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
@@ -209,7 +216,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 	KeyValues tree( "before" );
 	tree.SetInt( "kept", 1 );
 	KeyValues::ParseError error;
-	if ( !tree.LoadFromBuffer( text, &error ) )
+	if ( !Load( tree, text, error ) )
 	{
 		Require( tree.SaveToBuffer() == "\"before\"\n{\n\t\"kept\"\t\t\"1\"\n}\n", "a broken text changes nothing" );
 		RequirePlaceInside( text, error );
