@@ -44,7 +44,7 @@ void Free( void *pBlock )
 // What a message calls a chunk's type: its four characters, or its number where one cannot be printed.
 std::string TypeText( const uint8_t *pHeader )
 {
-	const std::string characters( pHeader, pHeader + 4 );
+	std::string characters( pHeader, pHeader + 4 );
 	if ( std::all_of( characters.begin(), characters.end(), []( char c ) { return c >= ' ' && c <= '~'; } ) )
 		return characters;
 	char number[11];

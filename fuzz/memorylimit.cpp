@@ -5,13 +5,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Of the sanitizers' allocator, where the program is built with it.
+// Of the sanitizers' allocator; null where the program is built without it.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C"
 {
 	__attribute__( ( weak ) ) int __sanitizer_install_malloc_and_free_hooks(
 		void ( *pAllocated )( const volatile void *, size_t ), void ( *pFreed )( const volatile void * ) );
 	__attribute__( ( weak ) ) size_t __sanitizer_get_allocated_size( const volatile void * );
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 namespace
 {

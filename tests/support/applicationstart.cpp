@@ -5,7 +5,8 @@
 // the product have to know.
 #include "support/unwatchedmemory.h"
 
-// QApplication::QApplication( int &, char **, int )
+// QApplication::QApplication( int &, char **, int ), under the names that the linker gives.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" void __real__ZN12QApplicationC1ERiPPci(
 	void *pApplication, int &nArguments, char **ppArguments, int nFlags );
 
@@ -14,3 +15,4 @@ extern "C" void __wrap__ZN12QApplicationC1ERiPPci( void *pApplication, int &nArg
 	const CUnwatchedMemory unwatched;
 	__real__ZN12QApplicationC1ERiPPci( pApplication, nArguments, ppArguments, nFlags );
 }
+// NOLINTEND(bugprone-reserved-identifier)

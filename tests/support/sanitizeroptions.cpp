@@ -2,6 +2,7 @@
 // these names.
 #include <sanitizer/lsan_interface.h>
 
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const char *__ubsan_default_options()
 {
 	return "print_stacktrace=1";
@@ -19,3 +20,4 @@ extern "C" const char *__lsan_default_suppressions()
 	// program may end first.
 	return "leak:QPropertyAnimation::QPropertyAnimation\n";
 }
+// NOLINTEND(bugprone-reserved-identifier)

@@ -1,9 +1,11 @@
 // Keeps the leak checker's eyes off memory that is not lost but that it cannot find.
 #pragma once
 
-// Of the leak checker, where the program is built with it.
-extern "C" __attribute__( ( weak ) ) void __lsan_disable();
-extern "C" __attribute__( ( weak ) ) void __lsan_enable();
+#include <sanitizer/lsan_interface.h>
+
+// Null where the program is built without the leak checker.
+#pragma weak __lsan_disable
+#pragma weak __lsan_enable
 
 // What this thread allocates while one lives is never reported.
 class CUnwatchedMemory
