@@ -12,24 +12,27 @@ function( showbudget_write_fuzz_target_list )
 	file( WRITE "${CMAKE_BINARY_DIR}/fuzz_targets.txt" "${lines}" )
 endfunction()
 
-# showbudget_fuzzer( NAME [QT] SOURCES file... LIBRARIES target... CORPUS folder DICTIONARY file MAX_LENGTH bytes
-#                    DECODER file... )
+# showbudget_fuzzer( fuzz_NAME [QT] SOURCES file... LIBRARIES target... DECODER file...
+#                    [CORPUS folder] [DICTIONARY file] [MAX_LENGTH bytes] )
 # A fuzz target that defines LLVMFuzzerTestOneInput. The asan and fuzz presets link it with libFuzzer; every other build
-# links a main that replays files, and the corpus runs as an ordinary test. Corpus and dictionary are relative to fuzz/,
-# the decoder's files, whose lines the corpus has to reach, to the tree. QT: it makes a QApplication.
+# links a main that replays files, and the corpus runs as an ordinary test. Corpus and dictionary are corpus/NAME and
+# NAME.dict where nothing else is said, an input has at most 4096 bytes. DECODER: the files, relative to the tree, whose
+# lines the corpus has to reach. QT: the target makes a QApplication.
 function( showbudget_fuzzer name )
 	cmake_parse_arguments( PARSE_ARGV 1 fuzz "QT" "CORPUS;DICTIONARY;MAX_LENGTH" "SOURCES;LIBRARIES;DECODER" )
-	foreach( argument CORPUS DICTIONARY MAX_LENGTH DECODER )
-		if( NOT fuzz_${argument} )
-			message( FATAL_ERROR "${name} has no ${argument}" )
+	string( REGEX REPLACE "^fuzz_" "" shortName ${name} )
+	foreach( default "CORPUS corpus/${shortName}" "DICTIONARY ${shortName}.dict" "MAX_LENGTH 4096" )
+		string( REGEX MATCH "^([A-Z_]+) (.*)$" default "${default}" )
+		if( NOT fuzz_${CMAKE_MATCH_1} )
+			set( fuzz_${CMAKE_MATCH_1} "${CMAKE_MATCH_2}" )
 		endif()
 	endforeach()
-	set( corpus "${CMAKE_SOURCE_DIR}/fuzz/${fuzz_CORPUS}" )
-	set( dictionary "${CMAKE_SOURCE_DIR}/fuzz/${fuzz_DICTIONARY}" )
+	cmake_path( ABSOLUTE_PATH fuzz_CORPUS OUTPUT_VARIABLE corpus )
+	cmake_path( ABSOLUTE_PATH fuzz_DICTIONARY OUTPUT_VARIABLE dictionary )
 	list( TRANSFORM fuzz_DECODER PREPEND "${CMAKE_SOURCE_DIR}/" OUTPUT_VARIABLE decoder )
 	foreach( file "${corpus}" "${dictionary}" ${decoder} )
 		if( NOT EXISTS "${file}" )
-			message( FATAL_ERROR "${name} names ${file}, which does not exist" )
+			message( FATAL_ERROR "${name} needs ${file}, which does not exist" )
 		endif()
 	endforeach()
 	list( JOIN fuzz_DECODER " " decoder )
