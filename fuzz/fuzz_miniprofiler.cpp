@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "keel0/logging.h"
+#include "memorylimit.h"
 #include "miniprofiler/miniprofilerdecoder.h"
 #include "miniprofiler/miniprofilermodel.h"
 #include "require.h"
@@ -225,6 +226,12 @@ void Compare( CMiniProfilerModel &model, SlowModel &slow )
 	Require( model.Counters().m_nPacketSize == slow.m_nPacketSize, "the packet size" );
 	Require( model.Counters().m_nNamesSent == slow.m_nNames, "the names sent" );
 }
+
+bool Decode( const Bytes &chunk, CMiniProfilerModel &model )
+{
+	CMemoryLimit limit( chunk.size() );
+	return DecodeMiniProfilerChunk( chunk, model );
+}
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
@@ -251,7 +258,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 			input.begin() + static_cast<ptrdiff_t>( nAt ), input.begin() + static_cast<ptrdiff_t>( nAt + nLength ) );
 		nAt += nLength;
 		model.SetPaused( bPaused );
-		Require( DecodeMiniProfilerChunk( chunk, model ) == slow.Decode( chunk, bPaused ), "the result" );
+		Require( Decode( chunk, model ) == slow.Decode( chunk, bPaused ), "the result" );
 	}
 	Compare( model, slow );
 	return 0;
