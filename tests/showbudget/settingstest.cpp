@@ -216,7 +216,7 @@ TEST_F( SettingsTest, AWindowStartsWhateverHappenedToItsLayouts )
 		good[pKey] = Bytes( pKey );
 
 	CExpectWarnings warnings;
-	for ( int i = 0; i < 4000 && !HasFailure(); i++ )
+	for ( int i = 0; i < 2000 && !HasFailure(); i++ )
 	{
 		for ( const char *pKey : LAYOUT_KEYS )
 		{
