@@ -48,7 +48,7 @@ protected:
 TEST_F( EngineDayTest, LeavesMemoryDescriptorsAndPaintingWhereTheyWere )
 {
 	constexpr int FRAMES_OF_EIGHT_HOURS = 8 * 3600 * CLongRunEngine::FRAMES_PER_SECOND;
-	const int nTurns = LongOrShort( FRAMES_OF_EIGHT_HOURS, 2 * WARM_UP ) / FRAMES_PER_TURN;
+	const int nTurns = LongOrShort( FRAMES_OF_EIGHT_HOURS, WARM_UP ) / FRAMES_PER_TURN;
 	Open();
 	for ( int i = 0; i < WARM_UP / FRAMES_PER_TURN; i++ )
 		RunTurn();
