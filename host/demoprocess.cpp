@@ -10,6 +10,7 @@ namespace
 {
 const QLatin1String LISTENING_PREFIX( "listening on " );
 constexpr int END_PATIENCE_MS = 1000;
+constexpr qint64 LONGEST_LINE = 65536; // bytes
 } // namespace
 
 // Runs in the child between fork and exec.
@@ -31,8 +32,9 @@ CDemoProcess::CDemoProcess( const QString &program, QObject *pParent )
 	m_Patience.setInterval( START_PATIENCE_MS );
 	connect( &m_Patience, &QTimer::timeout, this,
 		[this]() { emit Failed( tr( "%1 does not say where it listens" ).arg( m_Program ) ); } );
-	connect( &m_Process, &QProcess::readyReadStandardOutput, this, &CDemoProcess::OnOutput );
-	connect( &m_Process, &QProcess::readyReadStandardError, this, &CDemoProcess::OnErrorOutput );
+	connect(
+		&m_Process, &QProcess::readyReadStandardOutput, this, [this]() { ReadLines( QProcess::StandardOutput ); } );
+	connect( &m_Process, &QProcess::readyReadStandardError, this, [this]() { ReadLines( QProcess::StandardError ); } );
 	connect( &m_Process, &QProcess::errorOccurred, this, &CDemoProcess::OnError );
 	connect( &m_Process, qOverload<int, QProcess::ExitStatus>( &QProcess::finished ), this, &CDemoProcess::OnFinished );
 }
@@ -65,18 +67,20 @@ void CDemoProcess::Start( const QStringList &arguments )
 	m_Process.start( m_Program, arguments );
 }
 
-void CDemoProcess::OnOutput()
+// Whole lines, and at the end what is left. A line that does not end is taken in pieces.
+void CDemoProcess::ReadLines( QProcess::ProcessChannel channel )
 {
-	m_Process.setReadChannel( QProcess::StandardOutput );
-	while ( m_Process.canReadLine() )
-		OnLine( QString::fromUtf8( m_Process.readLine() ).trimmed() );
-}
-
-void CDemoProcess::OnErrorOutput()
-{
-	const QString text = QString::fromUtf8( m_Process.readAllStandardError() ).trimmed();
-	if ( !text.isEmpty() )
-		emit Printed( LoggingSeverity::Message, text ); // engines log there; it need not be trouble
+	m_Process.setReadChannel( channel );
+	const bool bEnded = m_Process.state() == QProcess::NotRunning;
+	while ( m_Process.canReadLine() || m_Process.bytesAvailable() >= LONGEST_LINE ||
+			( bEnded && m_Process.bytesAvailable() > 0 ) )
+	{
+		const QString line = QString::fromUtf8( m_Process.readLine( LONGEST_LINE ) ).trimmed();
+		if ( channel == QProcess::StandardOutput )
+			OnLine( line );
+		else if ( !line.isEmpty() )
+			emit Printed( LoggingSeverity::Message, line ); // engines log there; it need not be trouble
+	}
 }
 
 void CDemoProcess::OnLine( const QString &line )
@@ -106,6 +110,8 @@ void CDemoProcess::OnError( QProcess::ProcessError error )
 void CDemoProcess::OnFinished()
 {
 	m_Patience.stop();
+	ReadLines( QProcess::StandardOutput );
+	ReadLines( QProcess::StandardError );
 	emit Failed( m_Process.exitStatus() == QProcess::CrashExit
 					 ? tr( "%1 was killed" ).arg( m_Program )
 					 : tr( "%1 ended with status %2" ).arg( m_Program, QString::number( m_Process.exitCode() ) ) );

@@ -43,8 +43,7 @@ private:
 		void setupChildProcess() override;
 	};
 
-	void OnOutput();
-	void OnErrorOutput();
+	void ReadLines( QProcess::ProcessChannel channel );
 	void OnLine( const QString &line );
 	void OnFinished();
 	void OnError( QProcess::ProcessError error );

@@ -36,6 +36,15 @@ LoggingSeverity ToSeverity( wire::PrintSeverity severity )
 	}
 	return LoggingSeverity::Message;
 }
+
+// Of a text that is too long, a front that does not end inside a character.
+size_t LengthToShow( std::string_view text )
+{
+	size_t nLength = std::min( text.size(), wire::MAX_PRINT_TEXT );
+	for ( int i = 0; i < 3 && nLength < text.size() && ( static_cast<uint8_t>( text[nLength] ) & 0xC0 ) == 0x80; i++ )
+		nLength--;
+	return nLength;
+}
 } // namespace
 
 CTargetConnection::CTargetConnection( const TargetAddress &address, QObject *pParent )
@@ -207,7 +216,7 @@ void CTargetConnection::TakePrint( std::span<const uint8_t> payload )
 {
 	if ( const std::optional<wire::PrintLine> line = wire::ReadPrint( payload ) )
 	{
-		const int nLength = static_cast<int>( std::min( line->m_Text.size(), wire::MAX_PRINT_TEXT ) );
+		const int nLength = static_cast<int>( LengthToShow( line->m_Text ) );
 		emit Printed( ToSeverity( line->m_Severity ), QString::fromUtf8( line->m_Text.data(), nLength ) );
 	}
 }

@@ -178,6 +178,22 @@ TEST_F( Connection, PassesLinesOfTheEngineOnWithTheirSeverity )
 					  Line( LoggingSeverity::Message, "last" ) ) );
 }
 
+TEST_F( Connection, TakesABoundedPartOfAMillionCharacters )
+{
+	const QByteArray million( 1000000, 'x' );
+	m_Peer.GreetWith( HelloBytes( million.left( 4000 ) ) );
+	m_Connection.Connect();
+	ASSERT_TRUE( WaitFor( [this]() { return m_Connection.IsConnected(); } ) );
+	EXPECT_EQ( m_Connection.Name(), QString( 79, 'x' ) + QChar( 0x2026 ) );
+	m_Peer.SendChunk( wire::FourCC( "PRNT" ), BigEndian32( 0 ) + million );
+	// The limit lies inside the last character.
+	m_Peer.SendChunk(
+		wire::FourCC( "PRNT" ), BigEndian32( 0 ) + QByteArray( 16382, 'y' ) + "\xe2\x82\xac\xe2\x82\xac" );
+	ASSERT_TRUE( WaitFor( [this]() { return m_Prints.size() == 2; } ) );
+	EXPECT_EQ( m_Prints[0].second, QString( 16384, 'x' ) );
+	EXPECT_EQ( m_Prints[1].second, QString( 16382, 'y' ) );
+}
+
 TEST_F( Connection, CountsTheFramesThatTheEngineDropped )
 {
 	ASSERT_TRUE( ConnectGreeted() );

@@ -1,9 +1,12 @@
 // The demo engine as a child of the console, and the signals that end the console.
 #include <gmock/gmock.h>
 
+#include <QFile>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <csignal>
+#include <sys/stat.h>
 
 #include "demoprocess.h"
 #include "signalwatcher.h"
@@ -36,6 +39,24 @@ TEST_F( DemoProcess, TellsWhereTheChildListens )
 	ASSERT_TRUE( WaitFor( [this]() { return !m_Addresses.empty() && m_Lines.size() >= 2; } ) );
 	EXPECT_THAT( m_Addresses, ElementsAre( TargetAddress{ "127.0.0.1", 4321 } ) );
 	EXPECT_THAT( m_Lines, ElementsAre( "hello", "listening on 1.1.1.1:1" ) );
+}
+
+TEST_F( DemoProcess, KeepsTheLinesOfTheChildWholeHoweverTheyArrive )
+{
+	const QTemporaryDir folder;
+	const QByteArray pipe = QFile::encodeName( folder.filePath( "go_on" ) );
+	ASSERT_EQ( mkfifo( pipe.constData(), 0600 ), 0 );
+	m_Demo.Start( { "-c",
+		"printf 'one\\ntw' >&2; echo 'listening on 127.0.0.1:4321'; read line < \"$0\"; printf 'o\\nno end' >&2",
+		pipe } );
+	ASSERT_TRUE( WaitFor( [this]() { return !m_Addresses.empty() && !m_Lines.isEmpty(); } ) );
+	QSignalSpy failed( &m_Demo, &CDemoProcess::Failed );
+	QFile goOn( pipe );
+	ASSERT_TRUE( goOn.open( QIODevice::WriteOnly ) );
+	goOn.write( "\n" );
+	goOn.close();
+	ASSERT_TRUE( WaitFor( [&]() { return failed.count() > 0; } ) );
+	EXPECT_THAT( m_Lines, ElementsAre( "one", "two", "no end" ) );
 }
 
 TEST_F( DemoProcess, FailsWithALineWhenTheChildEndsOrDoesNotStart )

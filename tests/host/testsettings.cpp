@@ -98,6 +98,9 @@ TEST_F( HostSettings, KeepsABrokenFileAsideAndReportsIt )
 TEST_F( HostSettings, IgnoresValuesThatMakeNoSense )
 {
 	WriteFile( "\"Tessel\" { \"style\" \"pink\" \"recent_addresses\" { \"0\" \"good:1\" \"1\" \"bad:x\" \"2\" { } "
+			   "\"5\" \"<b>&\\n:1\" \"6\" \"" +
+			   QByteArray( 1000000, 'a' ) +
+			   "\" "
 			   "\"3\" \"good:1\" \"4\" \"LAST\" } \"main_window\" { \"geometry\" \"!!\" \"state\" \"QUJD\" } "
 			   "\"sub_tools\" \"no tree\" }" );
 	CExpectWarnings expected;

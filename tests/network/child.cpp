@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 
 #include "host/waitfor.h"
@@ -43,7 +44,16 @@ void CChild::SetVariable( const QString &name, const QString &value )
 void CChild::OnOutput()
 {
 	while ( m_Process.canReadLine() )
+	{
 		m_Lines.push_back( QString::fromUtf8( m_Process.readLine() ).trimmed() );
+		m_Times.push_back( Now() );
+	}
+}
+
+qint64 CChild::Now()
+{
+	using namespace std::chrono;
+	return duration_cast<milliseconds>( steady_clock::now().time_since_epoch() ).count();
 }
 
 int CChild::WaitForLine( const QString &prefix, int nFrom, int nMilliseconds )

@@ -27,6 +27,8 @@ public:
 	int Count() const { return static_cast<int>( m_Lines.size() ); }
 	QString Last( const QString &prefix ) const; // what followed the prefix in its newest line; empty without one
 	int CountOf( const QString &prefix, int nFrom = 0 ) const;
+	qint64 TimeOf( int nLine ) const { return m_Times[static_cast<size_t>( nLine )]; } // when it came, as Now() says it
+	static qint64 Now();                                                               // milliseconds
 	QString Text() const; // all lines, for the message of a check
 
 	void Write( const QByteArray &text ) { m_Process.write( text ); }
@@ -41,6 +43,7 @@ private:
 
 	QProcess m_Process;
 	std::vector<QString> m_Lines;
+	std::vector<qint64> m_Times;
 };
 
 // Where a test's engine says that it listens ("listening on ADDRESS"): the address; empty when it does not.

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <random>
 
@@ -44,9 +45,9 @@ protected:
 		const int nWanted = Samples( console ) + nMore;
 		return WaitFor( [&]() { return Samples( console ) >= nWanted; }, nMilliseconds );
 	}
-	static bool WaitForState( CChild &console, const char *pState, int nFrom, int nMilliseconds )
+	static int WaitForState( CChild &console, const char *pState, int nFrom, int nMilliseconds )
 	{
-		return console.WaitForLine( QString( "state %1" ).arg( pState ), nFrom, nMilliseconds ) >= 0;
+		return console.WaitForLine( QString( "state %1" ).arg( pState ), nFrom, nMilliseconds );
 	}
 
 	int Random( int nLimit ) { return static_cast<int>( m_Random() % static_cast<uint32_t>( nLimit ) ); }

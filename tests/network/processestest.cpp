@@ -24,6 +24,8 @@ class Processes : public CProcessesFixture
 TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
 {
 	ASSERT_NO_FATAL_FAILURE( StartSampling( DemoEngine() ) );
+	qint64 nNoticed = 0;
+	qint64 nReconnected = 0;
 	const int nRounds = IsLongRun() ? 100 : 4;
 	for ( int nRound = 0; nRound < nRounds; nRound++ )
 	{
@@ -33,10 +35,13 @@ TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
 		const bool bWasConnected = m_Console.Last( "state " ) == "3";
 		const int nSamples = Samples( m_Console );
 		const int nFrom = m_Console.Count();
+		const qint64 nEnded = CChild::Now();
 		ASSERT_TRUE( m_Engine.EndAndWait( nRound % 2 == 0 ? SIGKILL : SIGTERM ) );
 		if ( bWasConnected )
 		{
-			ASSERT_TRUE( WaitForState( m_Console, "1", nFrom, END_NOTICED_MS ) ) << m_Console.Text().toStdString();
+			const int nLine = WaitForState( m_Console, "1", nFrom, END_NOTICED_MS );
+			ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
+			nNoticed = std::max( nNoticed, m_Console.TimeOf( nLine ) - nEnded );
 			ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
 			ASSERT_GE( Samples( m_Console ), nSamples ) << "what was sampled stays";
 		}
@@ -44,12 +49,16 @@ TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
 		const int nLinesOfEngine = m_Engine.Count();
 		m_Engine.Start( DemoEngine( "127.0.0.1", m_Address.section( ':', 1 ) ) );
 		ASSERT_EQ( WaitForAddress( m_Engine, nLinesOfEngine ), m_Address );
-		ASSERT_TRUE( WaitForState( m_Console, "3", nAway, RECONNECTED_MS ) ) << m_Console.Text().toStdString();
+		const qint64 nListening = m_Engine.TimeOf( m_Engine.WaitForLine( "listening", nLinesOfEngine, PATIENCE_MS ) );
+		const int nLine = WaitForState( m_Console, "3", nAway, RECONNECTED_MS );
+		ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
+		nReconnected = std::max( nReconnected, m_Console.TimeOf( nLine ) - nListening );
 		m_Console.Write( "start\n" );
 		ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Running."; }, PATIENCE_MS ) );
 	}
 	ASSERT_TRUE( WaitForMoreSamples( m_Console ) );
 	EXPECT_TRUE( m_Console.CloseInputAndWait() );
+	std::printf( "noticed after at most %lld ms, reconnected after at most %lld ms\n", nNoticed, nReconnected );
 }
 
 TEST_F( Processes, AConsoleThatIsKilledAtAnyMomentLeavesTheEngineAndOtherConsolesAlone )
@@ -127,9 +136,12 @@ TEST_F( Hosts, ACutCableIsNoticedByBothAndTheConsoleComesBackWithWhatItHad )
 	ASSERT_TRUE( WaitForMoreSamples( m_Console ) ) << m_Console.Text().toStdString();
 
 	const int nFrom = m_Console.Count();
+	const qint64 nCut = CChild::Now();
 	ASSERT_TRUE( m_Hosts.SetLink( false ) ) << m_Hosts.Problem().toStdString();
-	ASSERT_TRUE( WaitForState( m_Console, "1", nFrom, CUT_NOTICED_MS ) ) << m_Console.Text().toStdString();
+	const int nLine = WaitForState( m_Console, "1", nFrom, CUT_NOTICED_MS );
+	ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
 	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
+	std::printf( "noticed after %lld ms\n", m_Console.TimeOf( nLine ) - nCut );
 	const int nSamples = Samples( m_Console );
 	EXPECT_GT( nSamples, 0 );
 	EXPECT_TRUE( WaitFor( [&]() { return m_Engine.OpenDescriptors() == nDescriptors; }, CUT_NOTICED_MS ) )
@@ -137,7 +149,7 @@ TEST_F( Hosts, ACutCableIsNoticedByBothAndTheConsoleComesBackWithWhatItHad )
 
 	const int nAway = m_Console.Count();
 	ASSERT_TRUE( m_Hosts.SetLink( true ) ) << m_Hosts.Problem().toStdString();
-	ASSERT_TRUE( WaitForState( m_Console, "3", nAway, CABLE_RECONNECTED_MS ) ) << m_Console.Text().toStdString();
+	ASSERT_GE( WaitForState( m_Console, "3", nAway, CABLE_RECONNECTED_MS ), 0 ) << m_Console.Text().toStdString();
 	EXPECT_EQ( Samples( m_Console ), nSamples );
 	m_Console.Write( "start\n" );
 	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
@@ -156,6 +168,6 @@ TEST_F( Hosts, AConsoleNeverMistakesItselfForTheEngineThatItWaitsFor )
 	EXPECT_EQ( m_Console.CountOf( "state 3" ), 0 ) << m_Console.Text().toStdString();
 	m_Engine.Start( m_Hosts.OnFirst( DemoEngine( "127.0.0.1", QString::number( nPort ) ) ) );
 	EXPECT_EQ( WaitForAddress( m_Engine ).toStdString(), address.toStdString() );
-	EXPECT_TRUE( WaitForState( m_Console, "3", 0, PATIENCE_MS ) ) << m_Console.Text().toStdString();
+	EXPECT_GE( WaitForState( m_Console, "3", 0, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
 }
 } // namespace
