@@ -237,6 +237,25 @@ TEST_F( Silence, EndsWithASingleByte )
 	EXPECT_TRUE( WaitFor( [this]() { return m_Changes.size() == 2; } ) );
 }
 
+TEST_F( Silence, OfAConsoleThatIsBusyIsNone )
+{
+	m_Connection.RegisterReceiver( SAMPLE, 2, &m_Receiver );
+	m_Receiver.m_OnReceived = [this]( size_t nCount )
+	{
+		if ( nCount != 1 )
+			return;
+		// For longer than a stall takes, what the engine sends has to wait.
+		m_Peer.SendChunk( SAMPLE, "waits" );
+		StaySilent();
+		EXPECT_TRUE( m_Changes.empty() );
+		EXPECT_EQ( m_Receiver.m_Received.size(), 1u );
+	};
+	m_Peer.GreetWith(
+		HelloBytes() + ChunkBytes( wire::FourCC( "BEAT" ), QByteArray() ) + ChunkBytes( SAMPLE, "first" ) );
+	m_Connection.Connect();
+	EXPECT_TRUE( WaitFor( [this]() { return m_Receiver.m_Received.size() == 2; } ) );
+}
+
 TEST_F( Silence, OfAnIdleEngineThatNeverPromisedAnythingIsNone )
 {
 	ASSERT_TRUE( ConnectGreeted() );
