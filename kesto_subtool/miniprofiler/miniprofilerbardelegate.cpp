@@ -8,7 +8,7 @@
 
 CQMiniProfilerBarDelegate::CQMiniProfilerBarDelegate( bool bDark, QObject *pParent )
 	: QStyledItemDelegate( pParent )
-	, m_SmallFont( QStringLiteral( "Arial" ), 6, QFont::Normal, true )
+	, m_SmallFont( QString::fromLatin1( "Arial" ), 6, QFont::Normal, true ) // no literal, as the panel's own
 {
 	m_Display.m_bDark = bDark;
 }

@@ -33,7 +33,8 @@ CQMiniProfilerWidget::CQMiniProfilerWidget( QWidget *pParent, bool bDark )
 	, m_Model( Plat_CPUTickFrequency() )
 	, m_Interval( QStringLiteral( "frame" ) )
 {
-	setFont( QFont( QStringLiteral( "Arial" ), 9, QFont::Normal ) );
+	// Not a literal: the toolkit's font cache keeps the name, also when the module has left the process.
+	setFont( QFont( QString::fromLatin1( "Arial" ), 9, QFont::Normal ) );
 	m_RegenerationTimer.setSingleShot( true );
 	m_RegenerationTimer.setObjectName( QStringLiteral( "RegenerationTimer" ) );
 	CreateToolBar();

@@ -12,8 +12,9 @@ BudgetViewColours BudgetViewColours::ForStyle( bool bDark )
 BudgetViewStyle BudgetViewStyle::Make( bool bDark, float flUIScale )
 {
 	BudgetViewStyle style;
-	style.m_RowFont = QFont( QStringLiteral( "Verdana" ), 9, QFont::Normal );
-	style.m_CaptionFont = QFont( QStringLiteral( "Courier New" ), 10, QFont::Normal );
+	// Not literals: the toolkit's font cache keeps the names, also when the module has left the process.
+	style.m_RowFont = QFont( QString::fromLatin1( "Verdana" ), 9, QFont::Normal );
+	style.m_CaptionFont = QFont( QString::fromLatin1( "Courier New" ), 10, QFont::Normal );
 	style.m_nRowHeight = QFontMetrics( style.m_RowFont ).height() + 2;
 	style.m_nCaptionHeight = QFontMetrics( style.m_CaptionFont ).height() + 2;
 	style.m_flUIScale = flUIScale;
