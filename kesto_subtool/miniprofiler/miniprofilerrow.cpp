@@ -3,6 +3,38 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <new>
+
+namespace
+{
+void DestructRowPointer( void * ) {}
+
+void *ConstructRowPointer( void *pPlace, const void *pFrom )
+{
+	return new ( pPlace ) CMiniProfilerRow *( pFrom ? *static_cast<CMiniProfilerRow *const *>( pFrom ) : nullptr );
+}
+
+class CRowPointerType
+{
+public:
+	CRowPointerType()
+		: m_nId( QMetaType::registerNormalizedType( "CMiniProfilerRow*", &DestructRowPointer, &ConstructRowPointer,
+			  static_cast<int>( sizeof( CMiniProfilerRow * ) ), QMetaType::MovableType, nullptr ) )
+	{
+	}
+	~CRowPointerType() { QMetaType::unregisterType( m_nId ); }
+	CRowPointerType( const CRowPointerType & ) = delete;
+	CRowPointerType &operator=( const CRowPointerType & ) = delete;
+
+	const int m_nId;
+};
+} // namespace
+
+int QMetaTypeId<CMiniProfilerRow *>::qt_metatype_id()
+{
+	static const CRowPointerType s_Type;
+	return s_Type.m_nId;
+}
 
 #include "miniprofiler/miniprofilershowntext.h"
 

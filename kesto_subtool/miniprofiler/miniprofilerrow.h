@@ -80,7 +80,17 @@ private:
 	bool m_bNameLaidOut = false;
 };
 
-Q_DECLARE_METATYPE( CMiniProfilerRow * )
+// What Q_DECLARE_METATYPE would say, but that a type which it declares can never be taken back: the toolkit would go on
+// holding functions of the module when that has left the process. This one goes with the module.
+template <>
+struct QMetaTypeId<CMiniProfilerRow *>
+{
+	enum
+	{
+		Defined = 1
+	};
+	static int qt_metatype_id(); // registers the type as "CMiniProfilerRow*" at the first call
+};
 
 class CQMiniProfilerRecord final : public CMiniProfilerRow
 {

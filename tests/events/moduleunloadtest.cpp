@@ -6,6 +6,7 @@
 #include <QFontMetrics>
 #include <QHelpEvent>
 #include <QLabel>
+#include <QMetaType>
 #include <QTest>
 #include <QTimer>
 
@@ -116,5 +117,23 @@ TEST( ModuleUnload, LeavesNoToolTipBehindThatNeedsIt )
 		module.ShutDown();
 		module.Unload();
 		UseTheToolkit();
+	}
+}
+
+// Loaded again, the module may lie elsewhere: functions that the toolkit kept would be somebody else's then.
+TEST( ModuleUnload, TakesItsTypesOutOfTheToolkit )
+{
+	const char *const pType = "CMiniProfilerRow*";
+	for ( int i = 0; i < 3; i++ )
+	{
+		CLoadedModule module;
+		module.OpenWindow( 0 );
+		const int nType = QMetaType::type( pType );
+		EXPECT_GE( nType, int( QMetaType::User ) );
+		EXPECT_STREQ( QMetaType::typeName( nType ), pType );
+		module.ShutDown();
+		module.Unload();
+		EXPECT_EQ( QMetaType::type( pType ), int( QMetaType::UnknownType ) );
+		EXPECT_FALSE( QMetaType::isRegistered( nType ) );
 	}
 }
