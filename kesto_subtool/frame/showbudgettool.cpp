@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <new>
+#include <utility>
 
 #include "frame/moduleframe.h"
 #include "showbudget/budgetwidget.h"
@@ -104,13 +105,32 @@ void CShowBudgetTool::OnApplicationEnds()
 // The windows' code is about to go. Their connections may be gone already and are not touched.
 void CShowBudgetTool::DeleteWindows()
 {
-	while ( m_Windows.Count() > 0 )
+	std::vector<QPointer<CQBudgetWidget>> windows = std::move( m_LeavingWindows );
+	m_LeavingWindows.clear();
+	for ( auto nIndex = m_Windows.FirstInorder(); nIndex != WindowMap::InvalidIndex();
+		  nIndex = m_Windows.NextInorder( nIndex ) )
+		windows.push_back( m_Windows.Element( nIndex ) );
+	m_Windows.RemoveAll();
+	for ( const QPointer<CQBudgetWidget> &pWindow : windows )
 	{
-		const WindowMap::IndexType nIndex = m_Windows.FirstInorder();
-		CQBudgetWidget *pWindow = m_Windows.Element( nIndex );
-		m_Windows.Remove( nIndex );
-		delete pWindow;
+		if ( !pWindow )
+			continue;
+		pWindow->ForgetConnection();
+		DeleteWindow( *pWindow );
 	}
+}
+
+// A window that is inside one of its own functions goes when that has returned, or with the tool.
+void CShowBudgetTool::DeleteWindow( CQBudgetWidget &window )
+{
+	if ( !window.IsBusy() )
+	{
+		delete &window;
+		return;
+	}
+	std::erase_if( m_LeavingWindows, []( const QPointer<CQBudgetWidget> &pWindow ) { return pWindow.isNull(); } );
+	m_LeavingWindows.push_back( &window );
+	window.deleteLater();
 }
 
 // -- ITesselSubTool
@@ -141,7 +161,7 @@ bool CShowBudgetTool::Open()
 CQBudgetWidget *CShowBudgetTool::FindWindow( ITesselConnection *pConnection ) const
 {
 	const WindowMap::IndexType nIndex = m_Windows.Find( pConnection );
-	return nIndex == WindowMap::InvalidIndex() ? nullptr : m_Windows.Element( nIndex );
+	return nIndex == WindowMap::InvalidIndex() ? nullptr : m_Windows.Element( nIndex ).data();
 }
 
 CQBudgetWidget *CShowBudgetTool::FindOrCreateWindow( ITesselConnection &connection )
@@ -193,10 +213,7 @@ void CShowBudgetTool::ConnectionEnded( ITesselConnection *pConnection )
 	if ( !pWindow )
 		return;
 	pWindow->OnConnectionEnded();
-	if ( pWindow->IsBusy() )
-		pWindow->deleteLater();
-	else
-		delete pWindow;
+	DeleteWindow( *pWindow );
 }
 
 void CShowBudgetTool::ConnectionStateChanged( ITesselConnection *pConnection )

@@ -1,8 +1,10 @@
 // The "Show Budget" sub-tool: one window for each connection.
 #pragma once
 
+#include <QPointer>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "keel0/keyvalues.h"
 #include "keel0/utlrbtree.h"
@@ -61,7 +63,7 @@ public:
 	CQBudgetWidget *FindWindow( ITesselConnection *pConnection ) const; // null when there is none
 
 private:
-	using WindowMap = CUtlRBTree<ITesselConnection *, CQBudgetWidget *>;
+	using WindowMap = CUtlRBTree<ITesselConnection *, QPointer<CQBudgetWidget>>;
 
 	static CQBudgetWidget *MakeWindow( ITesselConnection &connection, IBudgetWindowOwner &owner );
 	static void OnApplicationEnds();
@@ -74,6 +76,7 @@ private:
 	void StartQt();
 	void StopQt();
 	void DeleteWindows();
+	void DeleteWindow( CQBudgetWidget &window );
 
 	CModuleFrame &m_Frame;
 	MakeWindowFn m_pMakeWindow;
@@ -81,5 +84,6 @@ private:
 	void *m_pSecondHost = nullptr; // kept for the host's sake; nothing here uses it
 	int32_t m_nConnections = 0;    // times that the host connected this object
 	WindowMap m_Windows;
+	std::vector<QPointer<CQBudgetWidget>> m_LeavingWindows; // not in the map any more, and deleted later
 	std::unique_ptr<KeyValues> m_pSettings;
 };

@@ -246,6 +246,11 @@ void CQBudgetWidget::OnConnectionStateChanged()
 void CQBudgetWidget::OnConnectionEnded()
 {
 	StopSampling();
+	ForgetConnection();
+}
+
+void CQBudgetWidget::ForgetConnection()
+{
 	m_pConnection = nullptr;
 	m_bRunning = false;
 	m_Actions.m_pStartSampling->setEnabled( false );

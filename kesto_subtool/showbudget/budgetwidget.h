@@ -46,6 +46,7 @@ public:
 
 	// Stops sampling and forgets the connection, which is not touched from here on.
 	void OnConnectionEnded();
+	void ForgetConnection(); // without telling the engine
 	bool IsBusy() const { return m_nBusy > 0; }
 
 	bool IsRunning() const { return m_bRunning; }

@@ -137,3 +137,20 @@ TEST( ModuleUnload, TakesItsTypesOutOfTheToolkit )
 		EXPECT_FALSE( QMetaType::isRegistered( nType ) );
 	}
 }
+
+TEST( ModuleUnload, AWindowThatIsToGoLaterGoesBeforeItsCode )
+{
+	CLoadedModule module;
+	QWidget &window = module.OpenWindow( 0 );
+	// The connection ends while the window tells it something, so the window cannot be deleted at once.
+	module.m_Connections[0].m_OnSend = [&]( const CFakeConnection::Chunk & )
+	{
+		module.m_Connections[0].m_OnSend = nullptr;
+		module.EndConnections();
+	};
+	CLoadedModule::ActionOf( window, "Stop Sampling" ).trigger();
+	module.ShutDown();
+	module.Unload();
+	EXPECT_TRUE( BudgetWindows().empty() );
+	UseTheToolkit();
+}

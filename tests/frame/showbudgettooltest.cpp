@@ -221,7 +221,7 @@ TEST_F( ShowBudgetToolTest, AConnectionMayEndWhileItsWindowShowsAMenu )
 	EXPECT_EQ( QApplication::activePopupWidget(), nullptr );
 }
 
-TEST_F( ShowBudgetToolTest, AConnectionMayEndInsideAnyChunkThatItsWindowSends )
+TEST_F( ShowBudgetToolTest, AConnectionOrTheToolMayEndInsideAnyChunkThatAWindowSends )
 {
 	const struct
 	{
@@ -236,23 +236,51 @@ TEST_F( ShowBudgetToolTest, AConnectionMayEndInsideAnyChunkThatItsWindowSends )
 		{ "state", []( const CFakeConnection::Chunk & ) { return true; },
 			[]( CQBudgetWidget &window ) { window.OnConnectionStateChanged(); } },
 	};
-	for ( const auto &row : rows )
-	{
-		SCOPED_TRACE( row.m_pName );
-		CFakeConnection connection;
-		const QPointer<CQBudgetWidget> pWindow = Open( connection );
-		connection.m_OnSend = [&]( const CFakeConnection::Chunk &chunk )
+	for ( const bool bShutDown : { false, true } )
+		for ( const auto &row : rows )
 		{
-			if ( !row.m_pIsChunk( chunk ) || !m_pTool->FindWindow( &connection ) )
-				return;
-			m_pTool->ConnectionEnded( &connection );
-			connection.End();
-		};
-		row.m_pAct( *pWindow );
-		EXPECT_EQ( m_pTool->FindWindow( &connection ), nullptr );
-		QApplication::sendPostedEvents( nullptr, QEvent::DeferredDelete );
-		EXPECT_TRUE( pWindow.isNull() );
-	}
+			SCOPED_TRACE( row.m_pName + std::string( bShutDown ? ", shut down" : ", connection ends" ) );
+			CFakeConnection connection;
+			const QPointer<CQBudgetWidget> pWindow = Open( connection );
+			connection.m_OnSend = [&]( const CFakeConnection::Chunk &chunk )
+			{
+				if ( !row.m_pIsChunk( chunk ) || !m_pTool->FindWindow( &connection ) )
+					return;
+				bShutDown ? m_pTool->ShutDown() : m_pTool->ConnectionEnded( &connection );
+				connection.End();
+			};
+			row.m_pAct( *pWindow );
+			EXPECT_EQ( m_pTool->FindWindow( &connection ), nullptr );
+			QApplication::sendPostedEvents( nullptr, QEvent::DeferredDelete );
+			EXPECT_TRUE( pWindow.isNull() );
+		}
+}
+
+TEST_F( ShowBudgetToolTest, AWindowThatIsToGoLaterGoesWithTheToolAtLast )
+{
+	const QPointer<CQBudgetWidget> pWindow = Open( m_Connection );
+	m_Connection.m_OnSend = [&]( const CFakeConnection::Chunk & )
+	{
+		m_pTool->ConnectionEnded( &m_Connection );
+		m_Connection.End();
+	};
+	pWindow->ShowMiniProfiler( true );
+	EXPECT_FALSE( pWindow.isNull() ) << "it was inside a function of its own";
+	m_pTool->ShutDown();
+	EXPECT_TRUE( pWindow.isNull() );
+}
+
+TEST_F( ShowBudgetToolTest, AWindowThatSomebodyElseDeletedIsNotTouched )
+{
+	delete Open( m_Connection );
+	KeyValues settings( "Settings" );
+	m_pTool->LoadSettings( &settings );
+	EXPECT_EQ( m_pTool->FindWindow( &m_Connection ), nullptr );
+	EXPECT_FALSE( m_pTool->Open() ) << "the connection still knows the old one as its receiver";
+	m_pTool->ConnectionStateChanged( &m_Connection );
+	EXPECT_EQ( m_pTool->SaveSettings()->GetCount(), 0 );
+	m_pTool->ConnectionEnded( &m_Connection );
+	EXPECT_NE( Open( m_Connection ), nullptr );
 }
 
 TEST_F( ShowBudgetToolTest, AConnectionMayEndWhileItsWindowOpens )
