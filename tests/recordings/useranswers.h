@@ -5,19 +5,26 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 
-// Takes what the message box has recovered, chooses the file in the file dialog, and the last entry of a menu. Nothing
-// when nothing waits.
+// Chooses the last entry of a menu that can be chosen; without one it closes the menu.
+inline void AnswerMenu( QMenu &menu )
+{
+	for ( QAction *pAction : menu.actions() )
+		if ( pAction->isEnabled() && !pAction->isSeparator() )
+			menu.setActiveAction( pAction );
+	QKeyEvent press( QEvent::KeyPress, menu.activeAction() ? Qt::Key_Return : Qt::Key_Escape, Qt::NoModifier );
+	QCoreApplication::sendEvent( &menu, &press );
+}
+
+// Takes what the message box has recovered, chooses the file in the file dialog, and an entry of a menu. Nothing when
+// nothing waits.
 inline void AnswerWhatWaits( const QString &path )
 {
 	if ( auto *pMenu = qobject_cast<QMenu *>( QApplication::activePopupWidget() ) )
-	{
-		pMenu->setActiveAction( pMenu->actions().last() );
-		QKeyEvent press( QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier );
-		QCoreApplication::sendEvent( pMenu, &press );
-	}
+		AnswerMenu( *pMenu );
 	else if ( auto *pBox = qobject_cast<QMessageBox *>( QApplication::activeModalWidget() ) )
 	{
 		QAbstractButton *pOk = pBox->button( QMessageBox::Ok );
@@ -25,7 +32,7 @@ inline void AnswerWhatWaits( const QString &path )
 	}
 	else if ( auto *pDialog = qobject_cast<QFileDialog *>( QApplication::activeModalWidget() ) )
 	{
-		pDialog->selectFile( path );
+		pDialog->findChild<QLineEdit *>( QStringLiteral( "fileNameEdit" ) )->setText( path );
 		static_cast<QDialog *>( pDialog )->done( QDialog::Accepted );
 	}
 }
