@@ -163,7 +163,7 @@ void CQBudgetWidget::ReceiveSample( std::span<const uint8_t> payload )
 	m_Samples.AddSample( m_ReceivedSample.m_Values, m_ReceivedSample.m_flFrameRate,
 		m_ReceivedSample.m_bContinuation && bTickSampling, bTickSampling );
 	RefreshStatusTexts();
-	RepaintViews();
+	m_SamplePainting.Request( screen()->refreshRate() );
 }
 
 void CQBudgetWidget::ReceiveMiniProfiler( std::span<const uint8_t> payload )
@@ -326,7 +326,6 @@ void CQBudgetWidget::RefreshStatusTexts()
 	m_StatusBar.SetTexts( BudgetStatusTexts::Make( GetViewData(), m_Samples.SampleCount() ) );
 }
 
-// Requests are coalesced by Qt: a thousand samples a second paint as often as the screen does.
 void CQBudgetWidget::RepaintViews()
 {
 	update();

@@ -10,6 +10,7 @@
 #include "showbudget/budgetoptions.h"
 #include "showbudget/budgetsamplestore.h"
 #include "showbudget/budgetstatusbar.h"
+#include "showbudget/repaintpacer.h"
 #include "tessel/itesseldatareceived.h"
 #include "views/ibudgetviewowner.h"
 
@@ -123,6 +124,7 @@ private:
 
 	BudgetViewStyle m_Style;
 	CBudgetStatusBar m_StatusBar;
+	CRepaintPacer m_SamplePainting{ [this] { RepaintViews(); } };
 	BudgetActions m_Actions;
 	QMenu *m_pContextMenu = nullptr;
 

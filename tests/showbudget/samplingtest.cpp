@@ -355,7 +355,7 @@ TEST_F( SamplingTest, ManySamplesBetweenTwoTurnsOfTheEventLoopPaintOnce )
 	EXPECT_EQ( paints.m_nCount, 0 );
 	QApplication::processEvents();
 	EXPECT_GE( paints.m_nCount, 1 );
-	EXPECT_LE( paints.m_nCount, 2 ) << "a second one where the samples label grew";
+	EXPECT_LE( paints.m_nCount, 3 ) << "one more where the samples label grew, one where the screen refreshes again";
 }
 
 TEST_F( SamplingTest, AWindowWhoseConnectionEndedTouchesItNoMore )
