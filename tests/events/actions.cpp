@@ -2,36 +2,37 @@
 
 #include <QCoreApplication>
 
+#include "events/scenarios.h"
 #include "events/toolscene.h"
 #include "recordings/kestoplayerwidget.h"
 #include "support/userloop.h"
 
 namespace
 {
-void DeleteTheWindow( CToolScene &scene, CUserLoop & )
+void DeleteTheWindow( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	delete scene.Window();
 }
 
-void CloseTheWindow( CToolScene &scene, CUserLoop & )
+void CloseTheWindow( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	if ( scene.Window() )
 		scene.Window()->close();
 }
 
-void EndTheConnection( CToolScene &scene, CUserLoop & )
+void EndTheConnection( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	scene.EndConnection();
 }
 
-void LoseTheConnection( CToolScene &scene, CUserLoop &loop )
+void LoseTheConnection( CToolScene &scene, CUserLoop &loop, const Scenario & )
 {
 	scene.SetState( 0 );
 	loop.AddStep( [&] { scene.SetState( CFakeConnection::CONNECTED ); } );
 }
 
 // New categories, samples, and scopes with names that the tree does not show yet.
-void SendABurst( CToolScene &scene, CUserLoop & )
+void SendABurst( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	for ( uint64_t i = 0; i < 20; i++ )
 	{
@@ -42,7 +43,13 @@ void SendABurst( CToolScene &scene, CUserLoop & )
 	}
 }
 
-void OpenAnotherRecording( CToolScene &scene, CUserLoop &loop )
+void StartItAgain( CToolScene &scene, CUserLoop &loop, const Scenario &scenario )
+{
+	if ( scene.Window() )
+		scenario.m_pAddSteps( scene, loop );
+}
+
+void OpenAnotherRecording( CToolScene &scene, CUserLoop &loop, const Scenario & )
 {
 	const auto open = [&]
 	{
@@ -52,17 +59,17 @@ void OpenAnotherRecording( CToolScene &scene, CUserLoop &loop )
 	loop.AddStep( open );
 }
 
-void SaveTheSettings( CToolScene &scene, CUserLoop & )
+void SaveTheSettings( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	scene.m_Tool.SaveSettings();
 }
 
-void ShutTheToolDown( CToolScene &scene, CUserLoop & )
+void ShutTheToolDown( CToolScene &scene, CUserLoop &, const Scenario & )
 {
 	scene.ShutDown();
 }
 
-void QuitTheApplication( CToolScene &, CUserLoop & )
+void QuitTheApplication( CToolScene &, CUserLoop &, const Scenario & )
 {
 	QCoreApplication::quit();
 }
@@ -73,6 +80,7 @@ constexpr Action ACTIONS[] = {
 	{ "TheConnectionEnds", &EndTheConnection },
 	{ "TheConnectionIsLostAndMadeAgain", &LoseTheConnection },
 	{ "ABurstOfChunksArrives", &SendABurst },
+	{ "ItIsStartedAgain", &StartItAgain },
 	{ "AnotherRecordingIsOpened", &OpenAnotherRecording },
 	{ "SettingsAreSaved", &SaveTheSettings },
 	{ "TheHostShutsTheToolDown", &ShutTheToolDown },

@@ -5,13 +5,14 @@
 
 class CToolScene;
 class CUserLoop;
+struct Scenario;
 
 struct Action
 {
 	const char *m_pName;
 
 	// What runs events is added to the loop's steps instead of being done at once.
-	void ( *m_pAct )( CToolScene &scene, CUserLoop &loop );
+	void ( *m_pAct )( CToolScene &scene, CUserLoop &loop, const Scenario &scenario );
 };
 
 std::span<const Action> Actions();

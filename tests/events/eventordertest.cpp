@@ -18,7 +18,8 @@ protected:
 	// Whether the action's turn came before the scenario was over.
 	static bool Run( const SceneFiles &files, int nTurn )
 	{
-		const auto &[scenario, action] = GetParam();
+		const Scenario &scenario = std::get<Scenario>( GetParam() );
+		const Action &action = std::get<Action>( GetParam() );
 		const std::string what =
 			std::string( scenario.m_pName ) + " while " + action.m_pName + " in turn " + std::to_string( nTurn );
 		SCOPED_TRACE( what );
@@ -28,7 +29,7 @@ protected:
 			scenario.m_pPrepare( scene );
 		CUserLoop loop( [&] { AnswerWhatWaits( files.m_Long ); } );
 		scenario.m_pAddSteps( scene, loop );
-		const bool bCame = loop.Run( nTurn, [&, act = action.m_pAct] { act( scene, loop ); } );
+		const bool bCame = loop.Run( nTurn, [&] { action.m_pAct( scene, loop, scenario ); } );
 		if ( !bCame )
 			scenario.m_pCheck( scene, loop );
 		scene.CheckUsable();

@@ -1,15 +1,12 @@
-// Recordings in the window: opened by the host, kept apart from live layouts, and while the connection does what it
-// does.
-#include <QPointer>
+// Recordings in the window: opened by the host, and kept apart from live layouts. What may happen meanwhile is tested in
+// tests/events.
+#include <QFileDialog>
 #include <QTemporaryDir>
-#include <QToolBar>
-#include <QTreeWidget>
 
 #include "recordings/kestoplayerwidget.h"
 #include "showbudget/windowfixture.h"
 #include "support/eventturns.h"
 #include "tests/recordings/recordingfiles.h"
-#include "tests/recordings/useranswers.h"
 #include "views/budgetsampleswidget.h"
 
 namespace
@@ -20,7 +17,6 @@ protected:
 	RecordingWindowTest()
 	{
 		m_Whole = WriteRecording( m_Folder, "whole.kesto", RecordingOf( 3, 3 ) );
-		m_Damaged = WriteRecording( m_Folder, "damaged.kesto", RecordingOf( 250, 1000 ).U8( 9 ) );
 	}
 
 	bool OpenByName( const QString &path )
@@ -38,7 +34,7 @@ protected:
 	}
 
 	QTemporaryDir m_Folder;
-	QString m_Whole, m_Damaged;
+	QString m_Whole;
 };
 
 TEST_F( RecordingWindowTest, AHostOpensARecordingAndAFrameByName )
@@ -102,108 +98,4 @@ TEST_F( RecordingWindowTest, TheFolderOfTheLastRecordingIsKeptForTheNextWindow )
 	Player().OnOpenFile();
 	EXPECT_EQ( folder, m_Folder.path() );
 }
-
-struct WindowDisturbance
-{
-	const char *m_pName;
-	void ( *m_pAct )( CFakeConnection &connection, std::unique_ptr<CQBudgetWidget> &pWindow );
-};
-
-const WindowDisturbance DISTURBANCES[] = {
-	{ "TheConnectionEnds",
-		[]( CFakeConnection &connection, std::unique_ptr<CQBudgetWidget> &pWindow )
-		{
-			pWindow->OnConnectionEnded();
-			connection.End();
-			EXPECT_FALSE( pWindow->IsBusy() ) << "the sub-tool deletes the window at once";
-			pWindow.reset();
-		} },
-	{ "TheConnectionIsLostAndMadeAgain",
-		[]( CFakeConnection &connection, std::unique_ptr<CQBudgetWidget> &pWindow )
-		{
-			for ( const int nState : { 1, CFakeConnection::CONNECTED } )
-			{
-				connection.m_nState = nState;
-				pWindow->OnConnectionStateChanged();
-			}
-		} },
-	{ "ChunksArrive",
-		[]( CFakeConnection &connection, std::unique_ptr<CQBudgetWidget> & )
-		{
-			connection.Deliver( CHUNK_PCAT, CategoriesPayload( { { "Physics", 1, 2, 3 } } ) );
-			for ( uint32_t i = 0; i < 50; i++ )
-				connection.Deliver( CHUNK_PCPU, SamplePayload( { i }, 60.0f, 1 ) );
-		} },
-	{ "TheWindowIsClosed", []( CFakeConnection &, std::unique_ptr<CQBudgetWidget> &pWindow ) { pWindow->close(); } },
-};
-
-class RecordingWindowDisturbed
-	: public RecordingWindowTest
-	, public testing::WithParamInterface<WindowDisturbance>
-{
-protected:
-	// Runs the operation with the disturbance in a turn; false when it ended before.
-	template <typename Operation>
-	bool Run( int nDisturbedTurn, Operation operation )
-	{
-		m_Connection = CFakeConnection();
-		MakeRunningWindow().show();
-		OpenByName( m_Whole );
-		bool bDisturbed = false;
-		const CEventTurns turns(
-			[&]( int nTurn )
-			{
-				if ( nTurn == nDisturbedTurn && m_pWindow )
-				{
-					bDisturbed = true;
-					GetParam().m_pAct( m_Connection, m_pWindow );
-				}
-				else if ( nTurn > 6 )
-					AnswerWhatWaits( m_Whole );
-			} );
-		operation();
-		if ( m_pWindow )
-		{
-			EXPECT_TRUE( OpenByName( m_Whole ) );
-		}
-		return bDisturbed;
-	}
-
-	template <typename Operation>
-	void RunInEachTurn( Operation operation )
-	{
-		int nTurn = 0;
-		while ( Run( nTurn, operation ) )
-		{
-			nTurn++;
-			ASSERT_LT( nTurn, 60 ) << "the operation does not end";
-		}
-		EXPECT_GE( nTurn, 5 ) << "the operation runs events for some time";
-	}
-};
-
-TEST_P( RecordingWindowDisturbed, OpeningADamagedFileEndsWithoutHarm )
-{
-	RunInEachTurn( [this] { m_pWindow->OpenRecording( m_Damaged ); } );
-}
-
-TEST_P( RecordingWindowDisturbed, AskingForAFileEndsWithoutHarm )
-{
-	RunInEachTurn( [this] { Player().OnOpenFile(); } );
-}
-
-TEST_P( RecordingWindowDisturbed, AMenuOfTheTreeEndsWithoutHarm )
-{
-	RunInEachTurn(
-		[this]
-		{
-			auto &tree = *Player().findChild<QTreeWidget *>();
-			const QPoint pt = tree.visualItemRect( tree.topLevelItem( 0 ) ).center();
-			QContextMenuEvent event( QContextMenuEvent::Mouse, pt, tree.viewport()->mapToGlobal( pt ) );
-			QCoreApplication::sendEvent( tree.viewport(), &event );
-		} );
-}
-
-INSTANTIATE_TEST_SUITE_P(, RecordingWindowDisturbed, testing::ValuesIn( DISTURBANCES ),
-	[]( const auto &parameter ) { return parameter.param.m_pName; } );
 } // namespace
