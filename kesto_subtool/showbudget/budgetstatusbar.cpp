@@ -19,16 +19,28 @@ QLabel *AddPanelLabel( QStatusBar &statusBar )
 // A label whose neighbours stay in place while its numbers change.
 QLabel *AddFixedLabel( QStatusBar &statusBar, const QString &widestText )
 {
-	auto *pLabel = new QLabel( &statusBar );
-	pLabel->setFixedWidth( pLabel->fontMetrics().horizontalAdvance( widestText ) );
+	auto *pLabel = new QLabel( widestText, &statusBar );
+	pLabel->setFixedSize( pLabel->fontMetrics().horizontalAdvance( widestText ), pLabel->sizeHint().height() );
 	statusBar.addPermanentWidget( pLabel );
 	return pLabel;
 }
 
-void SetTextIfChanged( QLabel &label, const QString &text )
+// A label tells its layout of every text unless its size is fixed, and then the whole window is laid out and painted.
+void SetTextUnpainted( QLabel &label, const QString &text )
 {
-	if ( label.text() != text )
-		label.setText( text );
+	if ( label.text() == text )
+		return;
+	label.setAttribute( Qt::WA_UpdatesDisabled ); // not setUpdatesEnabled, which repaints when it goes back on
+	label.setText( text );
+	label.setAttribute( Qt::WA_UpdatesDisabled, false );
+}
+
+// Never smaller than it was: digits of different widths do not move its neighbours.
+void Grow( QLabel &label )
+{
+	const QSize wanted = label.sizeHint().expandedTo( label.minimumSize() );
+	if ( wanted != label.minimumSize() )
+		label.setFixedSize( wanted );
 }
 } // namespace
 
@@ -49,9 +61,10 @@ void CBudgetStatusBar::SetState( const QString &text )
 
 void CBudgetStatusBar::SetTexts( const BudgetStatusTexts &texts )
 {
-	SetTextIfChanged( *m_pSamples, texts.m_Samples );
-	SetTextIfChanged( *m_pFPS, texts.m_FPS );
-	SetTextIfChanged( *m_pFrame, texts.m_Frame );
+	SetTextUnpainted( *m_pSamples, texts.m_Samples );
+	Grow( *m_pSamples );
+	SetTextUnpainted( *m_pFPS, texts.m_FPS );
+	SetTextUnpainted( *m_pFrame, texts.m_Frame );
 }
 
 void CBudgetStatusBar::AddCursorLabel( QWidget *pLabel )

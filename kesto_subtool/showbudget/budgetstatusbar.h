@@ -15,7 +15,7 @@ public:
 
 	void SetState( const QString &text );
 
-	// Cheap enough for every sample: a label whose text stays the same is not touched.
+	// Cheap enough for every sample: the labels show the texts with the next repaint of the window.
 	void SetTexts( const BudgetStatusTexts &texts );
 
 	// Inserts a label of the history between the samples and the frame rate.
