@@ -10,8 +10,6 @@
 
 namespace
 {
-constexpr unsigned HANG_SECONDS = 120;
-
 class EventOrder : public testing::TestWithParam<std::tuple<Scenario, Action>>
 {
 protected:
@@ -23,7 +21,7 @@ protected:
 		const std::string what =
 			std::string( scenario.m_pName ) + " while " + action.m_pName + " in turn " + std::to_string( nTurn );
 		SCOPED_TRACE( what );
-		const CWatchdog watchdog( HANG_SECONDS, what );
+		const CWatchdog watchdog( what );
 		CToolScene scene( files );
 		if ( scenario.m_pPrepare )
 			scenario.m_pPrepare( scene );

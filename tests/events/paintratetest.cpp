@@ -3,7 +3,9 @@
 #include <QElapsedTimer>
 #include <QScreen>
 #include <QTest>
+#include <limits>
 
+#include "showbudget/repaintpacer.h"
 #include "showbudget/windowfixture.h"
 #include "support/watchdog.h"
 #include "views/budgetbarswidget.h"
@@ -12,8 +14,6 @@
 
 namespace
 {
-constexpr unsigned HANG_SECONDS = 120;
-
 class CPaintCounter final : public QObject
 {
 public:
@@ -59,7 +59,7 @@ protected:
 		return *m_pWindow->findChild<T *>();
 	}
 
-	const CWatchdog m_Watchdog{ HANG_SECONDS, "painting while samples arrive" };
+	const CWatchdog m_Watchdog{ "painting while samples arrive" };
 	QElapsedTimer m_Elapsed;
 };
 } // namespace
@@ -116,4 +116,19 @@ TEST_F( PaintRate, AHiddenWindowPaintsNothingAndShowsAllWhenItComesBack )
 	bars.m_nPaints = 0;
 	SendSample( { 2000, 4000 } );
 	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nPaints > 0; } ) );
+}
+
+TEST( RepaintPacer, RepaintsAtOnceAndThenOncePerRefreshWhateverTheRate )
+{
+	const double flNaN = std::numeric_limits<double>::quiet_NaN();
+	for ( const double flRate : { 60.0, 144.0, 59.94, 0.0, -60.0, 1e9, flNaN } )
+	{
+		SCOPED_TRACE( flRate );
+		int nRepaints = 0;
+		CRepaintPacer pacer( [&] { nRepaints++; } );
+		for ( int i = 0; i < 100; i++ )
+			pacer.Request( flRate );
+		EXPECT_EQ( nRepaints, 1 );
+		EXPECT_TRUE( QTest::qWaitFor( [&] { return nRepaints == 2; } ) );
+	}
 }

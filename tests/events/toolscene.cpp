@@ -15,9 +15,10 @@ using testing::ElementsAre;
 
 SceneFiles::SceneFiles()
 	: m_Short( WriteRecording( m_Folder, "short.kesto", RecordingOf( 3, 3 ) ) )
-	, m_Long( WriteRecording( m_Folder, "long.kesto", RecordingOf( LONG_FRAMES, 150 ) ) )
-	, m_Damaged( WriteRecording( m_Folder, "damaged.kesto", RecordingOf( LONG_FRAMES, 150 ).U8( 9 ) ) )
 {
+	CRecordingWriter recording = RecordingOf( LONG_FRAMES, 150 );
+	m_Long = WriteRecording( m_Folder, "long.kesto", recording );
+	m_Damaged = WriteRecording( m_Folder, "damaged.kesto", recording.U8( 9 ) );
 }
 
 CToolScene::CToolScene( const SceneFiles &files )

@@ -18,7 +18,7 @@
 // Recordings that are there for the whole test.
 struct SceneFiles
 {
-	static constexpr int LONG_FRAMES = 1500;
+	static constexpr int LONG_FRAMES = 1000;
 
 	SceneFiles();
 

@@ -30,7 +30,7 @@ protected:
 		EXPECT_NE( m_pModule, nullptr ) << dlerror();
 	}
 
-	// Not closed again: like any library that holds Qt classes, the module stays until the process ends.
+	// Not closed again: tests/events unloads it, in a process that has none of its classes itself.
 	template <typename Function>
 	Function Export( const char *pName ) const
 	{

@@ -21,7 +21,7 @@ void OnAlarm( int )
 }
 } // namespace
 
-CWatchdog::CWatchdog( unsigned nSeconds, const std::string &text )
+CWatchdog::CWatchdog( const std::string &text, unsigned nSeconds )
 {
 	const std::string line = "Hangs: " + text.substr( 0, g_Text.size() - 10 ) + '\n';
 	std::ranges::copy( line, g_Text.begin() );

@@ -8,7 +8,7 @@
 class CWatchdog
 {
 public:
-	CWatchdog( unsigned nSeconds, const std::string &text );
+	explicit CWatchdog( const std::string &text, unsigned nSeconds = 150 );
 	~CWatchdog();
 	CWatchdog( const CWatchdog & ) = delete;
 	CWatchdog &operator=( const CWatchdog & ) = delete;
