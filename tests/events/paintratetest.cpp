@@ -7,6 +7,7 @@
 
 #include "showbudget/repaintpacer.h"
 #include "showbudget/windowfixture.h"
+#include "support/paintcounter.h"
 #include "support/watchdog.h"
 #include "views/budgetbarswidget.h"
 #include "views/budgethistorybarswidget.h"
@@ -14,20 +15,6 @@
 
 namespace
 {
-class CPaintCounter final : public QObject
-{
-public:
-	explicit CPaintCounter( QWidget &widget ) { widget.installEventFilter( this ); }
-
-	bool eventFilter( QObject *, QEvent *pEvent ) override
-	{
-		m_nPaints += pEvent->type() == QEvent::Paint ? 1 : 0;
-		return false;
-	}
-
-	int m_nPaints = 0;
-};
-
 class PaintRate : public WindowTest
 {
 protected:
@@ -76,21 +63,21 @@ TEST_F( PaintRate, AThousandSamplesInTurnsOfTheirOwnPaintAtTheScreensRate )
 	EXPECT_EQ( m_pWindow->Samples().SampleCount(), 1001u ) << "no sample waits for a repaint";
 	for ( const CPaintCounter *pCounter : { &bars, &history, &graph } )
 	{
-		EXPECT_GE( pCounter->m_nPaints, 1 );
-		EXPECT_LE( pCounter->m_nPaints, ScreenRefreshes() );
+		EXPECT_GE( pCounter->m_nCount, 1 );
+		EXPECT_LE( pCounter->m_nCount, ScreenRefreshes() );
 	}
 	constexpr qint64 GROWTHS = 3; // the number of samples gets wider at 10, 100 and 1,000
-	EXPECT_LE( window.m_nPaints, ScreenRefreshes() + GROWTHS );
-	EXPECT_LE( statusBar.m_nPaints, ScreenRefreshes() + GROWTHS );
+	EXPECT_LE( window.m_nCount, ScreenRefreshes() + GROWTHS );
+	EXPECT_LE( statusBar.m_nCount, ScreenRefreshes() + GROWTHS );
 }
 
 TEST_F( PaintRate, SamplesWithoutEndDoNotKeepTheWindowFromPainting )
 {
 	CPaintCounter bars( View<CQBudgetBarsWidget>() );
 	uint32_t nTime = 0;
-	while ( bars.m_nPaints < 20 ) // or the watchdog ends it
+	while ( bars.m_nCount < 20 ) // or the watchdog ends it
 		SendSampleInATurn( nTime++ );
-	EXPECT_LE( bars.m_nPaints, ScreenRefreshes() );
+	EXPECT_LE( bars.m_nCount, ScreenRefreshes() );
 }
 
 TEST_F( PaintRate, TheLastSampleIsPaintedToo )
@@ -98,24 +85,24 @@ TEST_F( PaintRate, TheLastSampleIsPaintedToo )
 	CPaintCounter bars( View<CQBudgetBarsWidget>() );
 	SendSampleInATurn( 1000 ); // opens an interval
 	SendSample( { 2000, 4000 } );
-	bars.m_nPaints = 0;
-	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nPaints > 0; } ) );
+	bars.m_nCount = 0;
+	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nCount > 0; } ) );
 }
 
 TEST_F( PaintRate, AHiddenWindowPaintsNothingAndShowsAllWhenItComesBack )
 {
 	CPaintCounter bars( View<CQBudgetBarsWidget>() );
 	m_pWindow->hide();
-	bars.m_nPaints = 0;
+	bars.m_nCount = 0;
 	for ( uint32_t i = 0; i < 100; i++ )
 		SendSampleInATurn( i );
-	EXPECT_EQ( bars.m_nPaints, 0 );
+	EXPECT_EQ( bars.m_nCount, 0 );
 	EXPECT_EQ( m_pWindow->Samples().SampleCount(), 101u ) << "hiding does not stop the engine";
 	m_pWindow->show();
-	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nPaints > 0; } ) );
-	bars.m_nPaints = 0;
+	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nCount > 0; } ) );
+	bars.m_nCount = 0;
 	SendSample( { 2000, 4000 } );
-	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nPaints > 0; } ) );
+	EXPECT_TRUE( QTest::qWaitFor( [&] { return bars.m_nCount > 0; } ) );
 }
 
 TEST( RepaintPacer, RepaintsAtOnceAndThenOncePerRefreshWhateverTheRate )

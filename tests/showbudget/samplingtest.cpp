@@ -6,6 +6,7 @@
 
 #include "miniprofiler/miniprofilerwidget.h"
 #include "showbudget/windowfixture.h"
+#include "support/paintcounter.h"
 #include "views/budgethistorywidget.h"
 
 using testing::ElementsAre;
@@ -24,18 +25,6 @@ protected:
 
 	const CQBudgetHistoryWidget &History() const { return *m_pWindow->findChild<CQBudgetHistoryWidget *>(); }
 	std::string State() const { return StatusTexts().front(); }
-};
-
-class CPaintCounter final : public QObject
-{
-public:
-	explicit CPaintCounter( QWidget &widget ) { widget.installEventFilter( this ); }
-	bool eventFilter( QObject *, QEvent *pEvent ) override
-	{
-		m_nCount += pEvent->type() == QEvent::Paint ? 1 : 0;
-		return false;
-	}
-	int m_nCount = 0;
 };
 } // namespace
 

@@ -5,6 +5,7 @@
 #include <QMetaMethod>
 #include <QTest>
 
+#include "support/paintcounter.h"
 #include "views/stripfixture.h"
 
 namespace
@@ -16,19 +17,6 @@ int LoadedZoomStep( int nSetting )
 	CStrip strip( owner, QSize( 900, 300 ) );
 	return strip.Bars().ZoomStep();
 }
-
-// Counts the paint events of a widget.
-class CPaintCounter : public QObject
-{
-public:
-	explicit CPaintCounter( QWidget &widget ) { widget.installEventFilter( this ); }
-	bool eventFilter( QObject *, QEvent *pEvent ) override
-	{
-		m_nCount += pEvent->type() == QEvent::Paint ? 1 : 0;
-		return false;
-	}
-	int m_nCount = 0;
-};
 } // namespace
 
 TEST( BudgetBarsWidget, LoadsTheZoomStepWithinItsBounds )
