@@ -69,6 +69,7 @@ int main( int nArguments, char **ppArguments )
 	settings.m_pName = options->m_Name.c_str();
 	settings.m_pAddress = options->m_Address.c_str();
 	settings.m_nPort = options->m_nPort;
+	settings.m_bCommands = true;
 	// Without a port the engine runs all the same; only nobody can watch it.
 	if ( showbudget::Start( settings ) )
 	{

@@ -1,6 +1,6 @@
 #include "commands.h"
 
-#include <cstring>
+#include <new>
 
 #include "text.h"
 
@@ -82,6 +82,12 @@ bool CCommands::Push( std::string_view line )
 	CopyLine( m_Lines[nPosition % QUEUED].m_Text, line );
 	m_nWritten.store( nPosition + 1, std::memory_order_release );
 	return true;
+}
+
+void CCommands::ForgetQueued()
+{
+	new ( &m_Mutex ) std::mutex;
+	m_nRead.store( m_nWritten.load( std::memory_order_relaxed ), std::memory_order_relaxed );
 }
 
 void CCommands::RunQueued()

@@ -17,11 +17,12 @@ class CCommands
 public:
 	// Any thread, not for scopes.
 	bool Register( const char *pName, const char *pHelp, CommandFunction pFunction, void *pContext );
-	// Whether the engine takes commands.
-	bool Any() const { return m_nCommands.load( std::memory_order_acquire ) != 0; }
 
 	// Sender: queues a command line. False when the frame thread has not taken the last QUEUED ones.
 	bool Push( std::string_view line );
+
+	// In a forked child: what was asked of its parent is none of its business, and nobody holds the lock.
+	void ForgetQueued();
 
 	// Frame thread: calls what was asked for. Costs two loads when nothing was.
 	void Run()

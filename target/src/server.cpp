@@ -1,5 +1,6 @@
 #include "server.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "registry.h"
 #include "thread.h"
 #include "threadcounters.h"
+#include "token.h"
 #include "wire/sessionchunks.h"
 
 namespace showbudget
@@ -41,8 +43,10 @@ void SetLiveWanted( uint32_t nWanted )
 }
 } // namespace
 
-CServer::CServer( const Settings &settings )
+CServer::CServer( const Settings &settings, std::string token )
 	: m_EngineName( settings.m_pName ? settings.m_pName : "" )
+	, m_Token( std::move( token ) )
+	, m_bCommands( settings.m_bCommands )
 	, m_Address( settings.m_pAddress ? settings.m_pAddress : "" )
 	, m_nPort( settings.m_nPort )
 {
@@ -52,7 +56,11 @@ CServer::~CServer()
 {
 	Stop();
 	if ( m_Acceptor.is_open() )
+	{
 		ForgetDescriptor( m_Acceptor.native_handle() );
+		// A child that was forked just now may hold the descriptor a moment longer; the port is free all the same.
+		shutdown( m_Acceptor.native_handle(), SHUT_RDWR );
+	}
 	// The descriptor outlives the server.
 	if ( m_Wake.is_open() )
 		m_Wake.release();
@@ -101,9 +109,15 @@ bool CServer::Listen()
 		return false;
 	}
 	if ( !address.is_loopback() )
-		LogLine( Severity::Warning,
-			"listening on " + m_Address + ": whoever can reach it can watch this engine and run its commands" );
+		WarnOfOthers();
 	return true;
+}
+
+void CServer::WarnOfOthers() const
+{
+	LogLine( Severity::Warning, "listening on " + m_Address + ": whoever can reach it" +
+									( m_Token.empty() ? "" : " and knows the token" ) + " can watch this engine" +
+									( m_bCommands ? " and run its commands" : "" ) + "; nothing is encrypted" );
 }
 
 void CServer::Stop()
@@ -129,8 +143,6 @@ void CServer::Run()
 		m_nFramesLostSeen = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
 		m_nTickFrequency = showbudget::TickFrequency();
 		m_pMicroseconds = std::make_unique<CMicroseconds>( m_nTickFrequency );
-		m_Greeting = wire::WriteHello(
-			{ wire::PROTOCOL_VERSION, static_cast<uint32_t>( getpid() ), m_nTickFrequency, m_EngineName } );
 		WaitForWork();
 		AcceptNext();
 		m_Context.run();
@@ -174,7 +186,7 @@ void CServer::AddConnection( asio::ip::tcp::socket socket )
 	const auto bWaits = []( const std::shared_ptr<CConnection> &pConnection ) { return !pConnection->IsAdmitted(); };
 	if ( std::ranges::count_if( m_Connections, bWaits ) >= MAX_WAITING )
 		( *std::ranges::find_if( m_Connections, bWaits ) )->Close( "too many others wait to introduce themselves" );
-	m_Connections.push_back( std::make_shared<CConnection>( std::move( socket ), *this ) );
+	m_Connections.push_back( std::make_shared<CConnection>( std::move( socket ), *this, *this ) );
 	m_Connections.back()->Start();
 }
 
@@ -221,11 +233,15 @@ void CServer::SendLines()
 {
 	while ( const CLineQueue::Line *pLine = g_Engine.m_Lines.Peek() )
 	{
-		SendToAll( pLine->m_Severity, { pLine->m_Text, pLine->m_nLength } );
+		for ( const auto &pConnection : m_Connections )
+			pConnection->Session().SendLine( pLine->m_Severity, { pLine->m_Text, pLine->m_nLength } );
 		g_Engine.m_Lines.Pop();
 	}
 	if ( const uint64_t nDropped = g_Engine.m_Lines.TakeDropped() )
-		SendToAll( Severity::Warning, std::to_string( nDropped ) + " lines came too fast and were dropped." );
+	{
+		for ( const auto &pConnection : m_Connections )
+			pConnection->Session().CountDroppedLines( nDropped );
+	}
 }
 
 void CServer::SendFrames()
@@ -236,20 +252,14 @@ void CServer::SendFrames()
 		const SendableFrame sendable{
 			frame, m_pMicroseconds->Convert( frame ), AveragedFrameRate( frame.m_Header, m_nTickFrequency ) };
 		for ( const auto &pConnection : m_Connections )
-			pConnection->SendFrame( sendable );
+			pConnection->Session().SendFrame( sendable );
 		g_Engine.m_Frames.Pop();
 	}
 
 	const uint64_t nLost = g_Engine.m_nFramesLost.load( std::memory_order_relaxed );
 	for ( const auto &pConnection : m_Connections )
-		pConnection->CountDropped( nLost - m_nFramesLostSeen );
+		pConnection->Session().CountDropped( nLost - m_nFramesLostSeen );
 	m_nFramesLostSeen = nLost;
-}
-
-void CServer::SendToAll( Severity severity, std::string_view text )
-{
-	for ( const auto &pConnection : m_Connections )
-		pConnection->SendLine( severity, text );
 }
 
 void CServer::WarnOnce()
@@ -265,15 +275,37 @@ void CServer::WarnOnce()
 			"more than " + std::to_string( MAX_THREADS ) + " threads: the scopes of the rest are not measured" );
 }
 
-bool CServer::AdmitConsole( CConnection &connection )
+uint32_t CServer::AdmittedConsoles() const
 {
-	const auto nAdmitted =
-		std::ranges::count_if( m_Connections, []( const std::shared_ptr<CConnection> &p ) { return p->IsAdmitted(); } );
-	if ( nAdmitted > MAX_HOSTS )
-		return false;
-	g_Engine.m_nConsoles.store( static_cast<uint32_t>( nAdmitted ), std::memory_order_relaxed );
-	LogLine( Severity::Message, connection.Name() + " connected" );
-	return true;
+	return static_cast<uint32_t>( std::ranges::count_if(
+		m_Connections, []( const std::shared_ptr<CConnection> &p ) { return p->IsAdmitted(); } ) );
+}
+
+// Versions are compared first, because what another one means by the rest is not known.
+wire::Hello CServer::Answer( const wire::Hello &hello ) const
+{
+	wire::Hello answer{ wire::PROTOCOL_VERSION, static_cast<uint32_t>( getpid() ), m_nTickFrequency, m_EngineName };
+	if ( hello.m_nProtocol != wire::PROTOCOL_VERSION )
+	{
+		answer.m_Refusal = "the console speaks protocol version " + std::to_string( hello.m_nProtocol ) +
+						   ", this engine version " + std::to_string( wire::PROTOCOL_VERSION );
+		return answer;
+	}
+	if ( !m_Token.empty() && !IsSameToken( m_Token, hello.m_Token ) )
+	{
+		answer.m_Refusal = hello.m_Token.empty() ? "token required" : "wrong token";
+		return answer;
+	}
+	answer.m_Token = m_Token;
+	if ( AdmittedConsoles() >= MAX_HOSTS )
+		answer.m_Refusal = "too many consoles are connected (at most " + std::to_string( MAX_HOSTS ) + ')';
+	return answer;
+}
+
+void CServer::OnAdmitted( CConsoleSession &session )
+{
+	g_Engine.m_nConsoles.store( AdmittedConsoles(), std::memory_order_relaxed );
+	LogLine( Severity::Message, session.Name() + " connected" );
 }
 
 void CServer::OnWantedChanged()
@@ -289,22 +321,22 @@ void CServer::OnWantedChanged()
 		LookForFrames();
 }
 
-void CServer::OnCommand( CConnection &connection, std::string_view line )
+void CServer::OnCommand( CConsoleSession &session, std::string_view line )
 {
-	if ( !g_Engine.m_Commands.Any() )
-		connection.SendLine( Severity::Warning, "This engine takes no commands." );
+	if ( !m_bCommands )
+		session.SendLine( Severity::Warning,
+			"This engine takes no commands; they are turned on with Settings::m_bCommands where it calls "
+			"showbudget::Start()." );
 	else if ( !g_Engine.m_Commands.Push( line.substr( 0, line.find( '\0' ) ) ) )
-		connection.SendLine( Severity::Warning, "The engine is busy; it did not get the command." );
+		session.SendLine( Severity::Warning, "The engine is busy; it did not get the command." );
 }
 
-void CServer::OnClosed( CConnection &connection, const char *pReason )
+void CServer::OnClosed( CConnection &connection, const std::string &reason )
 {
-	LogLine( Severity::Message, connection.Name() + " left: " + pReason );
+	LogLine( Severity::Message, connection.Session().Name() + " left: " + reason );
 	std::erase_if(
 		m_Connections, [&connection]( const auto &pConnection ) { return pConnection.get() == &connection; } );
-	const auto nAdmitted =
-		std::ranges::count_if( m_Connections, []( const std::shared_ptr<CConnection> &p ) { return p->IsAdmitted(); } );
-	g_Engine.m_nConsoles.store( static_cast<uint32_t>( nAdmitted ), std::memory_order_relaxed );
+	g_Engine.m_nConsoles.store( AdmittedConsoles(), std::memory_order_relaxed );
 	OnWantedChanged();
 }
 } // namespace showbudget

@@ -14,10 +14,12 @@
 
 namespace showbudget
 {
-class CServer final : public IConnectionOwner
+class CServer final
+	: public IConnectionOwner
+	, public ISessionOwner
 {
 public:
-	explicit CServer( const Settings &settings );
+	CServer( const Settings &settings, std::string token );
 	~CServer();
 	CServer( const CServer & ) = delete;
 	CServer &operator=( const CServer & ) = delete;
@@ -30,6 +32,7 @@ public:
 
 private:
 	bool Listen();
+	void WarnOfOthers() const;
 	void Run();
 	void AcceptNext();
 	void OnAccepted( const std::error_code &error, asio::ip::tcp::socket socket );
@@ -39,17 +42,20 @@ private:
 	void SendAll();
 	void SendLines();
 	void SendFrames();
-	void SendToAll( Severity severity, std::string_view text );
 	void WarnOnce();
 
-	bool AdmitConsole( CConnection &connection ) override;
-	void OnWantedChanged() override;
-	void OnCommand( CConnection &connection, std::string_view line ) override;
-	void OnClosed( CConnection &connection, const char *pReason ) override;
-	const Bytes &Greeting() const override { return m_Greeting; }
-	uint64_t TickFrequency() const override { return m_nTickFrequency; }
+	uint32_t AdmittedConsoles() const;
 
-	std::string m_EngineName;
+	wire::Hello Answer( const wire::Hello &hello ) const override;
+	void OnAdmitted( CConsoleSession &session ) override;
+	void OnWantedChanged() override;
+	void OnCommand( CConsoleSession &session, std::string_view line ) override;
+	uint64_t TickFrequency() const override { return m_nTickFrequency; }
+	void OnClosed( CConnection &connection, const std::string &reason ) override;
+
+	const std::string m_EngineName;
+	const std::string m_Token;
+	const bool m_bCommands;
 	std::string m_Address;
 	uint16_t m_nPort;
 
@@ -63,7 +69,6 @@ private:
 	std::vector<std::shared_ptr<CConnection>> m_Connections; // oldest first
 	std::thread m_Thread;
 
-	Bytes m_Greeting;
 	uint64_t m_nTickFrequency = 0;
 	std::unique_ptr<CMicroseconds> m_pMicroseconds;
 	uint64_t m_nFramesLostSeen = 0;

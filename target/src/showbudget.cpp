@@ -11,6 +11,7 @@
 #include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <string_view>
 
 #include "clock.h"
@@ -21,6 +22,7 @@
 #include "server.h"
 #include "text.h"
 #include "threadcounters.h"
+#include "token.h"
 
 namespace showbudget
 {
@@ -33,15 +35,20 @@ std::atomic<uint16_t> g_nPort{ 0 };
 std::once_flag g_ForkHandled;
 std::once_flag g_EnvironmentRead;
 
-// A forked child has no threads of the library: for it, the session never was.
+// A forked child has one thread and none of the library: for it, the session never was.
 void ForgetSession()
 {
 	ForgetLog();
 	ForgetRecording();
+	ForgetOtherThreads();
+	g_Engine.m_Commands.ForgetQueued();
+	new ( &g_Engine.m_Lines ) CLineQueue; // a thread that the child does not have may have been writing a line
 	detail::g_nWanted.store( 0, std::memory_order_relaxed );
 	g_Engine.m_nConsoles.store( 0, std::memory_order_relaxed );
 	g_nPort.store( 0, std::memory_order_relaxed );
 	CloseDescriptorsOfParent();
+	// Both processes would wake each other and take each other's wakes.
+	close( g_Engine.m_nWakeDescriptor.exchange( -1 ) );
 	// Its locks may be held by a thread that the child does not have, so it cannot be ended, only left alone.
 	[[maybe_unused]] const CServer *pLeft = g_pServer.release();
 }
@@ -59,7 +66,13 @@ bool StartServer( const Settings &settings )
 {
 	try
 	{
-		auto pServer = std::make_unique<CServer>( settings );
+		std::string token, error;
+		if ( !FindToken( settings.m_pToken, token, error ) )
+		{
+			LogLine( Severity::Error, error + "; the port is not opened, the engine runs on without it" );
+			return false;
+		}
+		auto pServer = std::make_unique<CServer>( settings, std::move( token ) );
 		if ( !pServer->Start() )
 			return false;
 		g_pServer = std::move( pServer );

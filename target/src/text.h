@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace showbudget
@@ -11,8 +12,10 @@ std::string_view CutAtCharacter( std::string_view text, size_t nRoom );
 
 std::string_view TextOrEmpty( const char *pText );
 
-// Copies a text into memory that also holds its terminator, cut if need be. Control characters become blanks, so the
-// result is one line.
+// Control characters become blanks, so that the result is one line.
+std::string OneLine( std::string_view text );
+
+// Copies a text into memory that also holds its terminator, cut if need be, as one line.
 void CopyLine( char *pOut, size_t nOutSize, std::string_view text );
 
 template <size_t nSize>

@@ -124,6 +124,16 @@ CSiteCounters *AttachThread()
 	return pCounters;
 }
 
+void ForgetOtherThreads()
+{
+	for ( uint32_t i = 0; i < MAX_THREADS; i++ )
+	{
+		if ( g_Threads[i].m_Sites == t_pCounters || !g_bTaken[i].exchange( false, std::memory_order_relaxed ) )
+			continue;
+		g_Engine.m_RecordTree.OnThreadEnded( g_Threads[i].m_Sites );
+	}
+}
+
 void SplitOpenScopes( const CSiteCounters *pOwn, uint64_t nNow )
 {
 	for ( CSiteCounters *p = t_Thread.m_pCurrent; p != pOwn; )

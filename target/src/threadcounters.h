@@ -21,6 +21,9 @@ std::span<const uint16_t> EnteredSites( uint32_t nThread );
 // The calling thread's counters, given to it now if it has none. Null when MAX_THREADS have some.
 detail::CSiteCounters *AttachThread();
 
+// In a forked child, which has no other threads: their counters are free.
+void ForgetOtherThreads();
+
 // Ends and begins every open scope of the calling thread, whose counters are pOwn, at one moment, so that no scope
 // reaches over it.
 void SplitOpenScopes( const detail::CSiteCounters *pOwn, uint64_t nNow );

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "sanitizer.h"
 #include "session.h"
 
 namespace
@@ -12,15 +13,7 @@ thread_local uint64_t t_nAllocations = 0;
 }
 
 // The sanitizers have their own allocator, which tells who asks for it.
-#if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
-#define ASK_SANITIZER 1
-#elif defined( __has_feature )
-#if __has_feature( address_sanitizer ) || __has_feature( thread_sanitizer )
-#define ASK_SANITIZER 1
-#endif
-#endif
-
-#if defined( ASK_SANITIZER )
+#if defined( HAS_SANITIZER )
 #include <sanitizer/allocator_interface.h>
 
 namespace

@@ -34,6 +34,12 @@ protected:
 		m_pConsole = std::make_unique<CTestConsole>( showbudget::Port() );
 		m_pConsole->Greet();
 	}
+	showbudget::Settings MakeSettings() override
+	{
+		showbudget::Settings settings = CSession::MakeSettings();
+		settings.m_bCommands = true;
+		return settings;
+	}
 	void Register()
 	{
 		g_Calls.clear();

@@ -1,9 +1,6 @@
 // Everything at once: for ThreadSanitizer as much as for its own checks.
 #include <gmock/gmock.h>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <thread>
 
@@ -125,41 +122,4 @@ TEST_F( Concurrency, AnotherThreadMayTakeTheFramesOver )
 	// What this thread did since its own last frame is in nobody's frame.
 	EXPECT_LE( ReadSample( console.ReceiveType( wire::CHUNK_SAMPLE ) ).Total(), nElapsed + 2 );
 }
-
-// ThreadSanitizer does not support what a forked child does in a process with threads.
-#if SHOWBUDGET_PLAIN_COUNTERS
-TEST_F( Concurrency, AForkedChildIsNoPartOfTheSession )
-{
-	CTestConsole console( showbudget::Port() );
-	console.Greet();
-	console.WantBudgets( true );
-	ASSERT_TRUE( WaitUntilWanted( 1 ) );
-	showbudget::EndFrame();
-	int pipeOfChild[2];
-	ASSERT_EQ( pipe( pipeOfChild ), 0 );
-	const pid_t nChild = fork();
-	if ( nChild == 0 )
-	{
-		Work();
-		showbudget::EndFrame();
-		showbudget::Stop();
-		// Lives until the parent says so, to show that it holds no socket.
-		const char nState = showbudget::detail::g_nWanted.load() == 0 && showbudget::Port() == 0 ? 0 : 1;
-		close( pipeOfChild[1] );
-		char nByte;
-		[[maybe_unused]] const ssize_t nRead = read( pipeOfChild[0], &nByte, 1 );
-		_exit( nState );
-	}
-	ASSERT_GT( nChild, 0 );
-	showbudget::EndFrame();
-	console.ReceiveType( wire::CHUNK_SAMPLE );
-	showbudget::Stop();
-	EXPECT_TRUE( console.IsEnded() ) << "the child keeps the connection open";
-	close( pipeOfChild[1] );
-	int nStatus = -1;
-	ASSERT_EQ( waitpid( nChild, &nStatus, 0 ), nChild );
-	EXPECT_EQ( nStatus, 0 );
-	close( pipeOfChild[0] );
-}
-#endif
 } // namespace

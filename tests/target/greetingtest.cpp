@@ -5,14 +5,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 #include "session.h"
-#include "target/src/connection.h"
 #include "wire/sessionchunks.h"
 
 namespace
 {
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 class Greeting : public CSession
 {
@@ -62,7 +64,8 @@ TEST_F( Greeting, AnotherProtocolVersionLearnsTheEnginesAndIsRefused )
 	ASSERT_TRUE( hello.has_value() );
 	EXPECT_EQ( hello->m_nProtocol, 2u );
 	EXPECT_TRUE( console.IsEnded() );
-	EXPECT_TRUE( WaitForLog( "protocol version 7, this engine version 2" ) );
+	EXPECT_EQ( hello->m_Refusal, "the console speaks protocol version 7, this engine version 2" );
+	EXPECT_TRUE( WaitForLog( "left: refused: the console speaks protocol version 7, this engine version 2" ) );
 }
 
 TEST_F( Greeting, AnotherChunkVersionEndsTheConnection )
@@ -116,6 +119,14 @@ TEST_F( Greeting, AnAnnouncedLengthThatNoConsoleNeedsEndsTheConnection )
 	EXPECT_TRUE( WaitForLog( "'KMPN' of 1048577 bytes" ) );
 }
 
+TEST_F( Greeting, AConsolesNameIsOneLineInTheLog )
+{
+	CTestConsole console( showbudget::Port() );
+	console.Send( wire::CHUNK_HELLO, wire::WriteHello( { 2, 0, 0, "me\nError: all is lost\x1b[2J" } ) );
+	console.ReceiveType( wire::CHUNK_HELLO );
+	EXPECT_TRUE( WaitForLog( "(me Error: all is lost [2J) connected" ) );
+}
+
 TEST_F( Greeting, TheFifthConsoleIsToldWhyItIsRefused )
 {
 	std::vector<std::unique_ptr<CTestConsole>> consoles;
@@ -125,9 +136,11 @@ TEST_F( Greeting, TheFifthConsoleIsToldWhyItIsRefused )
 		consoles.back()->Greet();
 	}
 	CTestConsole fifth( showbudget::Port() );
-	fifth.Greet();
-	EXPECT_THAT( fifth.ReceiveLine(), HasSubstr( "too many consoles are connected (at most 4)" ) );
-	EXPECT_TRUE( fifth.IsEnded() );
+	const std::optional<wire::Hello> hello = wire::ReadHello( fifth.Greet().m_Payload );
+	ASSERT_TRUE( hello.has_value() );
+	EXPECT_EQ( hello->m_Refusal, "too many consoles are connected (at most 4)" );
+	EXPECT_FALSE( fifth.Receive().has_value() ) << "nothing follows a refusal";
+	EXPECT_TRUE( WaitForLog( "left: refused: too many consoles are connected (at most 4)" ) );
 
 	showbudget::Print( showbudget::Severity::Warning, "still here" );
 	for ( const auto &pConsole : consoles )
@@ -153,17 +166,12 @@ TEST_F( Greeting, ManySilentConnectionsDoNotKeepAConsoleOut )
 
 TEST_F( Greeting, AConsoleThatStaysSilentIsHungUpOn )
 {
-	const auto before = showbudget::g_GreetingTime;
-	EXPECT_EQ( before, std::chrono::seconds( 5 ) );
-	showbudget::Stop();
-	showbudget::g_GreetingTime = std::chrono::milliseconds( 1 );
-	Start();
+	EXPECT_EQ( showbudget::g_Times.m_Greeting, std::chrono::seconds( 5 ) );
+	RestartWith( { .m_Greeting = std::chrono::milliseconds( 1 ) } );
 	CTestConsole silent( showbudget::Port() );
 	EXPECT_FALSE( silent.Receive().has_value() );
 	EXPECT_TRUE( WaitForLog( "left: it did not introduce itself in time" ) );
-	showbudget::Stop();
-	showbudget::g_GreetingTime = before;
-	Start();
+	RestartWith( {} );
 	CTestConsole next( showbudget::Port() );
 	next.Greet();
 	EXPECT_TRUE( WaitForLog( "(test console) connected" ) );
@@ -171,18 +179,13 @@ TEST_F( Greeting, AConsoleThatStaysSilentIsHungUpOn )
 
 TEST_F( Greeting, AGreetedConsoleMayBeSilentForEver )
 {
-	showbudget::Stop();
-	showbudget::g_GreetingTime = std::chrono::milliseconds( 200 );
-	Start();
+	RestartWith( { .m_Greeting = std::chrono::milliseconds( 200 ) } );
 	CTestConsole greeted( showbudget::Port() );
 	greeted.Greet();
 	CTestConsole silent( showbudget::Port() );
 	EXPECT_TRUE( WaitForLog( "it did not introduce itself in time" ) );
 	showbudget::Print( showbudget::Severity::Message, "still here" );
 	EXPECT_EQ( greeted.ReceiveLine(), "still here\n" );
-	showbudget::Stop();
-	showbudget::g_GreetingTime = std::chrono::seconds( 5 );
-	Start();
 }
 
 TEST_F( Greeting, ASecondStartIsRefused )
@@ -237,15 +240,51 @@ TEST_F( Listening, AnAddressThatIsNoneIsOneLine )
 	EXPECT_THAT( m_Lines, ElementsAre( HasSubstr( "\"localhost:80\" is no numeric address" ) ) );
 }
 
-TEST_F( Listening, AnAddressThatOthersReachIsAWarning )
+TEST_F( Listening, AnAddressThatOthersReachIsOneWarning )
 {
 	showbudget::Settings settings;
 	settings.m_pAddress = "0.0.0.0";
 	settings.m_nPort = 0;
 	settings.m_pLog = Keep;
 	settings.m_pLogContext = &m_Lines;
+	for ( const char *pToken : { static_cast<const char *>( nullptr ), "open" } )
+	{
+		for ( const bool bCommands : { false, true } )
+		{
+			settings.m_pToken = pToken;
+			settings.m_bCommands = bCommands;
+			ASSERT_TRUE( showbudget::Start( settings ) );
+			showbudget::Stop();
+		}
+	}
+	EXPECT_THAT(
+		m_Lines, ElementsAre( "listening on 0.0.0.0: whoever can reach it can watch this engine; nothing is encrypted",
+					 "listening on 0.0.0.0: whoever can reach it can watch this engine and run its commands; nothing "
+					 "is encrypted",
+					 "listening on 0.0.0.0: whoever can reach it and knows the token can watch this engine; nothing is "
+					 "encrypted",
+					 "listening on 0.0.0.0: whoever can reach it and knows the token can watch this engine and run its "
+					 "commands; "
+					 "nothing is encrypted" ) );
+}
+
+TEST_F( Listening, WithoutAnAddressOnlyThisMachineReachesIt )
+{
+	showbudget::Settings settings;
+	settings.m_nPort = 0;
+	settings.m_pLog = Keep;
+	settings.m_pLogContext = &m_Lines;
 	ASSERT_TRUE( showbudget::Start( settings ) );
+	// Another address of this machine, which a port that listens on all of them would answer.
+	const int nSocket = socket( AF_INET, SOCK_STREAM, 0 );
+	sockaddr_in address{};
+	address.sin_family = AF_INET;
+	address.sin_port = htons( showbudget::Port() );
+	address.sin_addr.s_addr = htonl( INADDR_LOOPBACK + 1 );
+	EXPECT_EQ( connect( nSocket, reinterpret_cast<sockaddr *>( &address ), sizeof( address ) ), -1 );
+	EXPECT_EQ( errno, ECONNREFUSED );
+	close( nSocket );
 	showbudget::Stop();
-	EXPECT_THAT( m_Lines, ElementsAre( HasSubstr( "whoever can reach it can watch this engine" ) ) );
+	EXPECT_THAT( m_Lines, IsEmpty() );
 }
 } // namespace

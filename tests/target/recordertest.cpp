@@ -504,6 +504,12 @@ TEST_F( Recorder, RecordingsBeginAndEndWhileFramesScopesAndConsolesGoOn )
 class RecordCommand : public Recorder
 {
 protected:
+	showbudget::Settings MakeSettings() override
+	{
+		showbudget::Settings settings = Recorder::MakeSettings();
+		settings.m_bCommands = true;
+		return settings;
+	}
 	static const std::string &Folder()
 	{
 		static const CTemporaryFolder s_Folder; // the first one that is registered counts

@@ -1,7 +1,15 @@
 #include "session.h"
 
+#include <malloc.h>
+
 #include <chrono>
 #include <thread>
+
+#include "sanitizer.h"
+
+#if defined( HAS_SANITIZER )
+#include <sanitizer/allocator_interface.h>
+#endif
 
 bool WaitUntil( const std::function<bool()> &condition )
 {
@@ -22,6 +30,16 @@ uint64_t NowMicroseconds()
 {
 	const auto now = std::chrono::steady_clock::now().time_since_epoch();
 	return static_cast<uint64_t>( std::chrono::duration_cast<std::chrono::microseconds>( now ).count() );
+}
+
+size_t AllocatedBytes()
+{
+#if defined( HAS_SANITIZER )
+	return __sanitizer_get_current_allocated_bytes();
+#else
+	const struct mallinfo2 info = mallinfo2();
+	return info.uordblks + info.hblkhd;
+#endif
 }
 
 uint64_t BeBusy( uint64_t nMicroseconds )
@@ -55,9 +73,17 @@ void CSession::Start()
 	ASSERT_NE( showbudget::Port(), 0 );
 }
 
+void CSession::RestartWith( const showbudget::ConnectionTimes &times )
+{
+	showbudget::Stop();
+	showbudget::g_Times = times;
+	Start();
+}
+
 void CSession::TearDown()
 {
 	showbudget::Stop();
+	showbudget::g_Times = {};
 	// What follows must not inherit a frame that was begun here.
 	showbudget::EndFrame();
 }

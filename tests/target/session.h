@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "target/showbudget.h"
+#include "target/src/connection.h"
 #include "testconsole.h"
 
 // Waits, without sleeping, for something that another thread brings about; fails when it never comes.
@@ -19,6 +20,8 @@ bool WaitUntil( const std::function<bool()> &condition );
 uint64_t BeBusy( uint64_t nMicroseconds );
 // Of the system's clock.
 uint64_t NowMicroseconds();
+// What the process has allocated and not freed.
+size_t AllocatedBytes();
 
 class CSession : public testing::Test
 {
@@ -28,6 +31,8 @@ protected:
 
 	virtual showbudget::Settings MakeSettings();
 	void Start();
+	// Stops and starts with other times; TearDown brings back the usual ones.
+	void RestartWith( const showbudget::ConnectionTimes &times );
 	std::vector<std::string> LogLines();
 	bool WaitForLog( const std::string &part );
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
+#include <linux/filter.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -15,7 +16,17 @@
 
 namespace
 {
-constexpr int DEADLINE = 60000; // ms; only a fault reaches it
+using SteadyClock = std::chrono::steady_clock;
+constexpr auto DEADLINE = std::chrono::seconds( 60 ); // only a fault reaches it
+
+// For what the engine is waited for while it goes on sending something else.
+bool IsInTime( SteadyClock::time_point begin )
+{
+	if ( SteadyClock::now() < begin + DEADLINE )
+		return true;
+	ADD_FAILURE() << "the engine sends other things only";
+	return false;
+}
 
 uint64_t Big( std::span<const uint8_t> bytes, size_t nAt, size_t nBytes )
 {
@@ -135,8 +146,18 @@ ProfilerFrame ReadProfilerFrame( const Chunk &chunk )
 	return frame;
 }
 
-CTestConsole::CTestConsole( uint16_t nPort )
+CTestConsole::CTestConsole()
 	: m_nSocket( socket( AF_INET, SOCK_STREAM, 0 ) )
+{
+}
+
+CTestConsole::CTestConsole( uint16_t nPort )
+	: CTestConsole()
+{
+	Connect( nPort );
+}
+
+void CTestConsole::Connect( uint16_t nPort )
 {
 	sockaddr_in address{};
 	address.sin_family = AF_INET;
@@ -185,9 +206,10 @@ void CTestConsole::Send( uint32_t nType, std::span<const uint8_t> payload, uint1
 	SendBytes( bytes );
 }
 
-Chunk CTestConsole::Greet()
+Chunk CTestConsole::Greet( std::string_view token )
 {
-	Send( wire::CHUNK_HELLO, wire::WriteHello( { wire::PROTOCOL_VERSION, 0, 0, "test console" } ) );
+	Send(
+		wire::CHUNK_HELLO, wire::WriteHello( { wire::PROTOCOL_VERSION, 0, 0, "test console", std::string( token ) } ) );
 	return ReceiveType( wire::CHUNK_HELLO );
 }
 
@@ -219,16 +241,28 @@ void CTestConsole::Command( std::string_view line )
 
 bool CTestConsole::HasBytes() const
 {
+	return WaitForBytes( std::chrono::milliseconds( 0 ) );
+}
+
+bool CTestConsole::WaitForBytes( std::chrono::milliseconds time ) const
+{
 	pollfd descriptor{ m_nSocket, POLLIN, 0 };
-	return poll( &descriptor, 1, 0 ) > 0;
+	return poll( &descriptor, 1, static_cast<int>( time.count() ) ) > 0;
+}
+
+void CTestConsole::GoSilent()
+{
+	sock_filter dropAll = BPF_STMT( BPF_RET | BPF_K, 0 );
+	const sock_fprog program{ 1, &dropAll };
+	EXPECT_EQ( setsockopt( m_nSocket, SOL_SOCKET, SO_ATTACH_FILTER, &program, sizeof( program ) ), 0 )
+		<< strerror( errno );
 }
 
 bool CTestConsole::ReceiveBytes( std::span<uint8_t> bytes )
 {
 	while ( !bytes.empty() )
 	{
-		pollfd descriptor{ m_nSocket, POLLIN, 0 };
-		if ( poll( &descriptor, 1, DEADLINE ) <= 0 )
+		if ( !WaitForBytes( DEADLINE ) )
 		{
 			ADD_FAILURE() << "the engine sends nothing";
 			return false;
@@ -257,12 +291,13 @@ std::optional<Chunk> CTestConsole::Receive()
 
 Chunk CTestConsole::ReceiveType( uint32_t nType )
 {
-	while ( const std::optional<Chunk> chunk = Receive() )
+	const auto begin = SteadyClock::now();
+	for ( std::optional<Chunk> chunk; IsInTime( begin ) && ( chunk = Receive() ).has_value(); )
 	{
 		if ( chunk->m_Header.m_nType == nType )
 			return *chunk;
 	}
-	ADD_FAILURE() << "the engine hung up before a " << wire::DescribeChunkType( nType ).m_Text;
+	ADD_FAILURE() << "the engine sent no " << wire::DescribeChunkType( nType ).m_Text;
 	return {};
 }
 
@@ -276,7 +311,8 @@ std::string CTestConsole::ReceiveLine()
 std::vector<Chunk> CTestConsole::ReceiveUntilLine( std::string_view text )
 {
 	std::vector<Chunk> chunks;
-	while ( const std::optional<Chunk> chunk = Receive() )
+	const auto begin = SteadyClock::now();
+	for ( std::optional<Chunk> chunk; IsInTime( begin ) && ( chunk = Receive() ).has_value(); )
 	{
 		const std::string_view payload{
 			reinterpret_cast<const char *>( chunk->m_Payload.data() ), chunk->m_Payload.size() };
@@ -284,7 +320,7 @@ std::vector<Chunk> CTestConsole::ReceiveUntilLine( std::string_view text )
 			return chunks;
 		chunks.push_back( *chunk );
 	}
-	ADD_FAILURE() << "the engine hung up before the line \"" << text << '"';
+	ADD_FAILURE() << "the engine sent no line \"" << text << '"';
 	return chunks;
 }
 

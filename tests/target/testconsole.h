@@ -1,6 +1,7 @@
 // A console on a real socket. It fails the test instead of waiting for ever.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -70,16 +71,18 @@ ProfilerFrame ReadProfilerFrame( const Chunk &chunk );
 class CTestConsole
 {
 public:
+	CTestConsole(); // has a socket and is not connected
 	explicit CTestConsole( uint16_t nPort );
 	~CTestConsole();
 	CTestConsole( const CTestConsole & ) = delete;
 	CTestConsole &operator=( const CTestConsole & ) = delete;
 
+	void Connect( uint16_t nPort );
 	void SendBytes( std::span<const uint8_t> bytes );
 	void SendText( std::string_view text );
 	void Send( uint32_t nType, std::span<const uint8_t> payload, uint16_t nVersion = wire::CHUNK_VERSION );
 	// Introduces itself and returns the engine's greeting.
-	Chunk Greet();
+	Chunk Greet( std::string_view token = {} );
 	void WantBudgets( bool bOn );
 	void WantScopes( bool bOn );
 	void WantNames( std::span<const uint64_t> ids );
@@ -87,7 +90,7 @@ public:
 
 	// The next chunk; none, without a failure, when the engine hung up first.
 	std::optional<Chunk> Receive();
-	// The next chunk of that type; others before it are skipped. Fails when the engine hangs up.
+	// The next chunk of that type; others before it are skipped. Fails when the engine hangs up or sends others only.
 	Chunk ReceiveType( uint32_t nType );
 	// All chunks up to the 'PRNT' that contains the text, without it.
 	std::vector<Chunk> ReceiveUntilLine( std::string_view text );
@@ -96,6 +99,10 @@ public:
 	// Whether the engine hangs up; chunks before that are thrown away.
 	bool IsEnded();
 	bool HasBytes() const; // right now
+	// False when none came in that time. An end counts as bytes.
+	bool WaitForBytes( std::chrono::milliseconds time ) const;
+	// From now on this end neither answers nor acknowledges anything, as if its machine were gone.
+	void GoSilent();
 	// Closes with a reset instead of an orderly end.
 	void Abort();
 

@@ -89,17 +89,22 @@ using LogFunction = void ( * )( Severity severity, const char *pLine, void *pCon
 struct Settings
 {
 	const char *m_pName = "engine"; // shown by the console; UTF-8, at most 255 bytes are sent
-	const char *m_pAddress =
-		"127.0.0.1";              // numeric; whoever can reach any other address can watch and command the engine
+	// Numeric. Whoever can reach any other address can watch the engine, and command it if that is on.
+	const char *m_pAddress = "127.0.0.1";
 	uint16_t m_nPort = 27190;     // 0 takes any free one: see Port()
 	LogFunction m_pLog = nullptr; // null writes to stderr
 	void *m_pLogContext = nullptr;
 	Clock m_Clock = Clock::Best; // counts in the first Start() of the process only
+	// Consoles must know this word, of at most 255 bytes, to be let in. Null or empty takes the environment variable
+	// SHOWBUDGET_TOKEN, or the first line of the file that SHOWBUDGET_TOKEN_FILE names; where neither is there, whoever
+	// reaches the port is let in. docs/target.md tells what a token does not protect against.
+	const char *m_pToken = nullptr;
+	bool m_bCommands = false; // consoles may call the commands that the engine registers
 };
 
-// Begins to listen, on a thread of its own. False when that failed, for example because the port is taken: one line is
-// logged and everything else keeps working without anybody watching. The texts are copied. Start() and Stop() are
-// called by one thread at a time.
+// Begins to listen, on a thread of its own. False when that failed, for example because the port is taken or the token
+// cannot be read: one line is logged and everything else keeps working without anybody watching. The texts are copied.
+// Start() and Stop() are called by one thread at a time.
 SHOWBUDGET_API bool Start( const Settings &settings );
 
 // Ends all connections, the recording and the library's threads. Allowed at any time, also while other threads are
@@ -125,7 +130,7 @@ SHOWBUDGET_API void PrintFormat( Severity severity, const char *pFormat, ... )
 // ppArguments[0] is the command's name. The texts live as long as the call.
 using CommandFunction = void ( * )( int nArguments, const char *const *ppArguments, void *pContext );
 
-// Lets consoles call a function of the engine; until the first call, an engine takes no commands at all. The function
+// Lets consoles call a function of the engine, in sessions that were started with Settings::m_bCommands. The function
 // runs on the frame thread, inside EndFrame(). The texts are copied; a name is one word of at most 63 bytes, the help
 // one line of at most 255. False when there is no room (256 commands), the name is none or is taken; "help" is.
 SHOWBUDGET_API bool RegisterCommand( const char *pName, const char *pHelp, CommandFunction pFunction, void *pContext );
@@ -170,8 +175,8 @@ struct RecordingState
 // Of the recording that is running, or of the last one.
 SHOWBUDGET_API RecordingState GetRecordingState();
 
-// Lets consoles start and stop recordings, by the command "record". They can only make new files, and only in that
-// folder. False as for RegisterCommand; the first call counts.
+// Lets consoles start and stop recordings, by the command "record", where commands are on. They can only make new
+// files, and only in that folder. False as for RegisterCommand; the first call counts.
 SHOWBUDGET_API bool RegisterRecordCommand( const char *pFolder );
 
 // A budget: a name and a colour. Made once, at namespace scope, by SHOWBUDGET_BUDGET. Two budgets of one name are one;

@@ -1,0 +1,165 @@
+// What comes to an open port besides consoles.
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <memory>
+
+#include "session.h"
+#include "wire/sessionchunks.h"
+
+namespace
+{
+using testing::HasSubstr;
+
+SHOWBUDGET_BUDGET( g_Budget, "Strangers test", 1, 2, 3 );
+
+// A console that watches, to show that none of its frames is harmed.
+class Strangers : public CSession
+{
+protected:
+	void Watch()
+	{
+		m_pConsole = std::make_unique<CTestConsole>( showbudget::Port() );
+		m_pConsole->Greet();
+		m_pConsole->WantBudgets( true );
+		ASSERT_TRUE( WaitUntilWanted( 1 ) );
+		showbudget::EndFrame();
+	}
+	void RunFrame()
+	{
+		{
+			SHOWBUDGET_SCOPE( g_Budget, "Frame among strangers" );
+		}
+		showbudget::EndFrame();
+		m_nFrames++;
+	}
+	// Every frame has come, and none was dropped.
+	void ExpectAllFrames()
+	{
+		uint64_t nSamples = 0;
+		while ( nSamples < m_nFrames )
+		{
+			const std::optional<Chunk> chunk = m_pConsole->Receive();
+			ASSERT_TRUE( chunk.has_value() );
+			nSamples += chunk->m_Header.m_nType == wire::CHUNK_SAMPLE;
+			EXPECT_NE( chunk->m_Header.m_nType, wire::CHUNK_DROPPED );
+		}
+	}
+
+	std::unique_ptr<CTestConsole> m_pConsole;
+	uint64_t m_nFrames = 0;
+};
+
+TEST_F( Strangers, OneThatSendsItsGreetingTooSlowlyIsHungUpOn )
+{
+	RestartWith( { .m_Greeting = std::chrono::milliseconds( 100 ) } );
+	CTestConsole slow( showbudget::Port() );
+	// One byte after another, as long as the engine takes them: were the time counted from the last byte, it would
+	// never end.
+	const std::string_view begin( "HELO\0\2\0\0\0\0\x0f\xff", 12 );
+	uint64_t nSent = 0;
+	while ( !slow.WaitForBytes( std::chrono::milliseconds( 5 ) ) && nSent < 4096 )
+	{
+		slow.SendText( nSent < begin.size() ? begin.substr( nSent, 1 ) : "x" );
+		nSent++;
+	}
+	EXPECT_LT( nSent, 4096u ) << "it was listened to until its greeting was whole";
+	EXPECT_FALSE( slow.Receive().has_value() );
+	EXPECT_TRUE( WaitForLog( "left: it did not introduce itself in time" ) );
+}
+
+TEST_F( Strangers, TenThousandThatComeAndGoHarmNoFrame )
+{
+	Watch();
+	for ( int i = 0; i < 10000; i++ )
+	{
+		CTestConsole stranger( showbudget::Port() );
+		if ( i % 3 == 0 )
+			stranger.SendText( "GET / HTTP/1.1\r\n\r\n" );
+		stranger.Abort(); // leaves nothing behind in the system's tables either
+		if ( i % 10 == 0 )
+			RunFrame();
+	}
+	ExpectAllFrames();
+	EXPECT_TRUE( WaitForLog( "left: it hung up" ) );
+	EXPECT_TRUE( WaitForLog( "left: it does not speak this protocol" ) );
+}
+
+// Descriptors over 1,023 do not fit into the sets of select().
+class Descriptors
+{
+public:
+	static bool Allow( rlim_t nCount )
+	{
+		rlimit limit{};
+		getrlimit( RLIMIT_NOFILE, &limit );
+		limit.rlim_cur = std::max( limit.rlim_cur, std::min( nCount, limit.rlim_max ) );
+		return setrlimit( RLIMIT_NOFILE, &limit ) == 0 && limit.rlim_cur >= nCount;
+	}
+};
+
+TEST_F( Strangers, FiveHundredThatKeepSilentHarmNoFrame )
+{
+	if ( !Descriptors::Allow( 2048 ) )
+		GTEST_SKIP() << "this process may not have 2,048 descriptors";
+	Watch();
+	std::vector<std::unique_ptr<CTestConsole>> silent;
+	for ( int i = 0; i < 500; i++ )
+	{
+		silent.push_back( std::make_unique<CTestConsole>( showbudget::Port() ) );
+		RunFrame();
+	}
+	// The engine keeps sixteen of them and hangs up on the others, the oldest first.
+	for ( size_t i = 0; i < 500 - 16; i++ )
+		EXPECT_FALSE( silent[i]->Receive().has_value() ) << i;
+	EXPECT_FALSE( silent.back()->HasBytes() );
+	EXPECT_TRUE( WaitForLog( "left: too many others wait to introduce themselves" ) );
+	for ( int i = 0; i < 100; i++ )
+		RunFrame();
+	ExpectAllFrames();
+	// The youngest may still introduce itself.
+	silent.back()->Greet();
+}
+
+TEST_F( Strangers, DescriptorsOverAThousandWork )
+{
+	if ( !Descriptors::Allow( 2048 ) )
+		GTEST_SKIP() << "this process may not have 2,048 descriptors";
+	showbudget::Stop();
+	std::vector<int> taken;
+	do
+		taken.push_back( open( "/dev/null", O_RDONLY ) );
+	while ( taken.back() >= 0 && taken.back() < 1100 );
+	Start();
+	Watch();
+	for ( int i = 0; i < 10; i++ )
+		RunFrame();
+	ExpectAllFrames();
+	showbudget::Stop();
+	EXPECT_TRUE( m_pConsole->IsEnded() );
+	for ( const int nDescriptor : taken )
+		close( nDescriptor );
+}
+
+TEST_F( Strangers, WithoutADescriptorLeftTheEngineRunsOnAndTakesConsolesLater )
+{
+	Watch();
+	rlimit before{};
+	getrlimit( RLIMIT_NOFILE, &before );
+	CTestConsole late;
+	rlimit none = before;
+	const int nFree = dup( 0 );
+	close( nFree );
+	none.rlim_cur = static_cast<rlim_t>( nFree ); // all below it are taken
+	ASSERT_EQ( setrlimit( RLIMIT_NOFILE, &none ), 0 );
+	late.Connect( showbudget::Port() );
+	for ( int i = 0; i < 100; i++ )
+		RunFrame();
+	ExpectAllFrames();
+	ASSERT_EQ( setrlimit( RLIMIT_NOFILE, &before ), 0 );
+	late.Greet();
+}
+} // namespace
