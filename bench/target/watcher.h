@@ -1,4 +1,5 @@
-// A console that asks for everything and throws it away, so that the library measures for somebody.
+// A console that asks for everything and throws it away, so that the library measures for somebody; or one that asks
+// and does not read.
 #pragma once
 
 #include <sys/socket.h>
@@ -21,7 +22,7 @@
 class CWatcher
 {
 public:
-	CWatcher()
+	explicit CWatcher( bool bReads = true )
 	{
 		showbudget::Settings settings;
 		settings.m_nPort = 0;
@@ -38,14 +39,16 @@ public:
 		Send( wire::CHUNK_HELLO, wire::WriteHello( { wire::PROTOCOL_VERSION, 0, 0, "benchmark" } ) );
 		Send( wire::CHUNK_SAMPLING, wire::WriteSamplingRequest( { true, {} } ) );
 		Send( wire::CHUNK_MINIPROFILER_CONTROL, wire::WriteMiniProfilerControl( true ) );
-		m_Reader = std::thread( [this] { Read(); } );
+		if ( bReads )
+			m_Reader = std::thread( [this] { Read(); } );
 		while ( showbudget::detail::g_nWanted.load() != 3 )
 			std::this_thread::yield();
 	}
 	~CWatcher()
 	{
 		showbudget::Stop();
-		m_Reader.join();
+		if ( m_Reader.joinable() )
+			m_Reader.join();
 		close( m_nSocket );
 	}
 	CWatcher( const CWatcher & ) = delete;

@@ -7,22 +7,12 @@
 #include <string>
 
 #include "asioparts.h"
+#include "connectiontimes.h"
 #include "consolesession.h"
-#include "wire/chunks.h"
 
 namespace showbudget
 {
 class CConnection;
-
-// How long a connection waits for what. Changed by tests only, before they connect.
-struct ConnectionTimes
-{
-	std::chrono::milliseconds m_Greeting{ 5000 }; // until the console has introduced itself
-	std::chrono::milliseconds m_Ending{ 1000 };   // until a refused console has hung up
-	std::chrono::milliseconds m_Beat{ wire::BEAT_MILLISECONDS };
-	std::chrono::milliseconds m_Unanswered{ 3500 }; // with bytes sent again and again and no sign of the other machine
-};
-inline ConnectionTimes g_Times;
 
 // What a connection asks of the server. Everything happens on the server's thread.
 class IConnectionOwner

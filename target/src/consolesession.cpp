@@ -114,6 +114,7 @@ void CConsoleSession::OnHello( std::span<const uint8_t> payload )
 	if ( !answer.m_Refusal.empty() )
 		return End( State::Refused, "refused: " + answer.m_Refusal );
 	m_State = State::Open;
+	m_bAdmitted = true;
 	m_Owner.OnAdmitted( *this );
 }
 

@@ -63,6 +63,7 @@ public:
 	void OnBytes( std::span<const uint8_t> bytes );
 
 	State GetState() const { return m_State; }
+	bool WasAdmitted() const { return m_bAdmitted; }             // it is or was open
 	const std::string &EndReason() const { return m_EndReason; } // one line, once the state is Refused or Over
 	const std::string &Name() const { return m_Name; }           // one line
 	uint32_t Wanted() const { return m_State == State::Open ? m_nWanted : 0; }
@@ -104,6 +105,7 @@ private:
 
 	ISessionOwner &m_Owner;
 	State m_State = State::Greeting;
+	bool m_bAdmitted = false;
 	std::string m_Name;
 	std::string m_EndReason;
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -45,6 +46,8 @@ private:
 	void WarnOnce();
 
 	uint32_t AdmittedConsoles() const;
+	void LogStranger( const std::string &line );
+	void LogUnnamedStrangers();
 
 	wire::Hello Answer( const wire::Hello &hello ) const override;
 	void OnAdmitted( CConsoleSession &session ) override;
@@ -68,6 +71,9 @@ private:
 	bool m_bLooking = false;                                 // for frames, from time to time
 	std::vector<std::shared_ptr<CConnection>> m_Connections; // oldest first
 	std::thread m_Thread;
+
+	std::chrono::steady_clock::time_point m_StrangersSince;
+	uint64_t m_nStrangers = 0; // that left since then
 
 	uint64_t m_nTickFrequency = 0;
 	std::unique_ptr<CMicroseconds> m_pMicroseconds;

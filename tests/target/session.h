@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "target/showbudget.h"
-#include "target/src/connection.h"
+#include "target/src/connectiontimes.h"
 #include "testconsole.h"
 
 // Waits, without sleeping, for something that another thread brings about; fails when it never comes.

@@ -88,6 +88,33 @@ TEST_F( Strangers, TenThousandThatComeAndGoHarmNoFrame )
 	EXPECT_TRUE( WaitForLog( "left: it does not speak this protocol" ) );
 }
 
+TEST_F( Strangers, ManyDoNotFillTheLog )
+{
+	constexpr size_t STRANGERS = 100;
+	for ( size_t i = 0; i < STRANGERS; i++ )
+	{
+		CTestConsole stranger( showbudget::Port() );
+		stranger.SendText( "GET / HTTP/1.1\r\n\r\n" );
+		EXPECT_FALSE( stranger.Receive().has_value() );
+	}
+	CTestConsole console( showbudget::Port() );
+	console.Greet();
+	showbudget::Stop();
+	size_t nNamed = 0;
+	size_t nUnnamed = 0;
+	for ( const std::string &line : LogLines() )
+	{
+		nNamed += line.find( "left: it does not speak this protocol" ) != line.npos;
+		if ( line.find( "more connections ended without having been let in" ) != line.npos )
+			nUnnamed += std::stoull( line );
+	}
+	// On a machine so slow that this takes longer than the time that counts, there are more.
+	EXPECT_GE( nNamed, 20u );
+	EXPECT_EQ( nNamed + nUnnamed, STRANGERS );
+	EXPECT_TRUE( WaitForLog( "(test console) connected" ) );
+	EXPECT_TRUE( WaitForLog( "(test console) left: the engine ended the session" ) );
+}
+
 // Descriptors over 1,023 do not fit into the sets of select().
 class Descriptors
 {
