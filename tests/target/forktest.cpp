@@ -15,9 +15,9 @@
 #if SHOWBUDGET_PLAIN_COUNTERS
 namespace
 {
-SHOWBUDGET_BUDGET( g_Budget, "Fork test", 1, 1, 1 );
+SHOWBUDGET_BUDGET( g_ForkBudget, "Fork test", 1, 1, 1 );
 
-int g_nCalls = 0;
+int g_nForkCalls = 0;
 
 // A child that lives until it is told to end, and what it found out.
 class CChild
@@ -103,7 +103,7 @@ TEST_F( Fork, TheChildIsNoPartOfTheSession )
 		[]( int )
 		{
 			{
-				SHOWBUDGET_SCOPE( g_Budget, "In the child" );
+				SHOWBUDGET_SCOPE( g_ForkBudget, "In the child" );
 			}
 			showbudget::EndFrame();
 			showbudget::Print( showbudget::Severity::Error, "from the child" );
@@ -151,9 +151,9 @@ TEST_F( Fork, TheChildMayHaveASessionOfItsOwn )
 
 TEST_F( Fork, TheChildDoesNotRunTheParentsCommands )
 {
-	g_nCalls = 0;
+	g_nForkCalls = 0;
 	ASSERT_TRUE( showbudget::RegisterCommand(
-		"fork_test", "", []( int, const char *const *, void * ) { g_nCalls++; }, nullptr ) );
+		"fork_test", "", []( int, const char *const *, void * ) { g_nForkCalls++; }, nullptr ) );
 	CTestConsole console( showbudget::Port() );
 	console.Greet();
 	// More than can wait: when the rest is refused, the first ones are waiting.
@@ -164,11 +164,11 @@ TEST_F( Fork, TheChildDoesNotRunTheParentsCommands )
 		[]( int )
 		{
 			showbudget::EndFrame();
-			return g_nCalls;
+			return g_nForkCalls;
 		} );
 	EXPECT_EQ( child.End(), 0 );
 	showbudget::EndFrame();
-	EXPECT_GT( g_nCalls, 0 );
+	EXPECT_GT( g_nForkCalls, 0 );
 }
 
 TEST_F( Fork, TheChildHasRoomForThreadsOfItsOwn )
@@ -187,7 +187,7 @@ TEST_F( Fork, TheChildHasRoomForThreadsOfItsOwn )
 			[&]
 			{
 				{
-					SHOWBUDGET_SCOPE( g_Budget, "Many threads" );
+					SHOWBUDGET_SCOPE( g_ForkBudget, "Many threads" );
 				}
 				nIn++;
 				bEnd.wait( false );
@@ -204,7 +204,7 @@ TEST_F( Fork, TheChildHasRoomForThreadsOfItsOwn )
 			std::barrier together( 5 );
 			const auto work = [&together]( bool bWait )
 			{
-				SHOWBUDGET_SCOPE( g_Budget, "In the child's thread" );
+				SHOWBUDGET_SCOPE( g_ForkBudget, "In the child's thread" );
 				if ( bWait )
 					together.arrive_and_wait();
 			};

@@ -10,7 +10,7 @@
 
 namespace
 {
-SHOWBUDGET_BUDGET( g_Budget, "Lifetime test", 1, 2, 3 );
+SHOWBUDGET_BUDGET( g_LifetimeBudget, "Lifetime test", 1, 2, 3 );
 
 size_t OpenDescriptors()
 {
@@ -51,7 +51,7 @@ TEST_F( Lifetime, TenMillionFramesThatNobodyWatchesLeaveNothingBehind )
 	{
 		for ( int i = 0; i < nFrames; i++ )
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "Unwatched" );
+			SHOWBUDGET_SCOPE( g_LifetimeBudget, "Unwatched" );
 			showbudget::EndFrame();
 		}
 	};
@@ -83,8 +83,8 @@ TEST_F( Lifetime, ScopesOfSixtyFourThreadsAreCountedToTheLastOne )
 	std::vector<std::thread> threads;
 	const auto work = []
 	{
-		SHOWBUDGET_SCOPE( g_Budget, "Sixty-four" );
-		SHOWBUDGET_SCOPE( g_Budget, "Inside" );
+		SHOWBUDGET_SCOPE( g_LifetimeBudget, "Sixty-four" );
+		SHOWBUDGET_SCOPE( g_LifetimeBudget, "Inside" );
 	};
 	work(); // the first call of a site is not counted while another thread makes the first one, too
 	for ( uint64_t i = 0; i < THREADS; i++ )

@@ -14,7 +14,7 @@ namespace
 {
 using testing::HasSubstr;
 
-SHOWBUDGET_BUDGET( g_Budget, "Strangers test", 1, 2, 3 );
+SHOWBUDGET_BUDGET( g_StrangersBudget, "Strangers test", 1, 2, 3 );
 
 // A console that watches, to show that none of its frames is harmed.
 class Strangers : public CSession
@@ -31,7 +31,7 @@ protected:
 	void RunFrame()
 	{
 		{
-			SHOWBUDGET_SCOPE( g_Budget, "Frame among strangers" );
+			SHOWBUDGET_SCOPE( g_StrangersBudget, "Frame among strangers" );
 		}
 		showbudget::EndFrame();
 		m_nFrames++;

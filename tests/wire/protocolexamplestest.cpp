@@ -113,7 +113,7 @@ TEST( ProtocolPage, ItsTextsAreRight )
 	ExpectDump( "PRNT", Chunk( wire::CHUNK_PRINT, wire::WritePrint( wire::PrintSeverity::Warning, "low on\n" ) ) );
 	ExpectDump( "CMND", Chunk( wire::CHUNK_COMMAND, Bytes{ 'h', 'e', 'l', 'p' } ) );
 	ExpectDump( "DROP", Chunk( wire::CHUNK_DROPPED, wire::WriteDropped( 256 ) ) );
-	ExpectDump( "BEAT", Chunk( wire::CHUNK_BEAT, {} ) );
+	ExpectDump( "BEAT", Chunk( wire::CHUNK_BEAT, std::span<const uint8_t>() ) );
 }
 
 TEST( ProtocolPage, ItsMiniProfilerFrameIsRight )
