@@ -10,7 +10,8 @@ static constexpr int64_t MAX_WIDTH = int64_t{ 1 } << 61;
 
 std::string FormatMicroseconds( int64_t nNanoseconds )
 {
-	std::string text = ( nNanoseconds < 0 ? "-" : "" ) + std::to_string( std::abs( nNanoseconds / 1000 ) );
+	std::string text( nNanoseconds < 0 ? 1 : 0, '-' );
+	text += std::to_string( std::abs( nNanoseconds / 1000 ) );
 	if ( const int64_t nRest = std::abs( nNanoseconds % 1000 ); nRest != 0 )
 	{
 		text += '.' + std::to_string( 1000 + nRest ).substr( 1 );
