@@ -1,15 +1,14 @@
 #include "recordings/entryarena.h"
 
-#include <sys/mman.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
 
+#include "recordings/hugepages.h"
+
 static constexpr size_t MIN_SLAB_SIZE = size_t{ 64 } << 10; // bytes
 static constexpr size_t MAX_SLAB_SIZE = size_t{ 32 } << 20;
-static constexpr size_t HUGE_PAGE_SIZE = size_t{ 2 } << 20;
 
 std::shared_ptr<uint32_t[]> CEntryArena::Allocate( size_t nCount )
 {
@@ -31,8 +30,7 @@ void CEntryArena::AddSlab( size_t nAtLeast )
 	void *pMemory = std::aligned_alloc( nAlignment, nSize );
 	if ( !pMemory )
 		throw std::bad_alloc(); // as new would
-	if ( bHugePages )
-		madvise( pMemory, nSize, MADV_HUGEPAGE ); // a hint; nothing depends on it
+	PreferHugePages( pMemory, nSize );
 	m_nSlab = nSize / sizeof( uint32_t );
 	m_nUsed = 0;
 	m_nTotal += m_nSlab;

@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include "recordings/flamegraphwidget.h"
+#include "recordings/kestotexts.h"
 
 CQFlamegraphRowItem::CQFlamegraphRowItem( CQFlamegraphWidget &widget, int32_t nNode, const QColor &colour )
 	: m_Widget( widget )
@@ -19,7 +20,7 @@ void CQFlamegraphRowItem::SetBar( const FlameBar &bar, int32_t nDepth )
 	m_Bar = bar;
 	m_nDepth = nDepth;
 	if ( toolTip().isEmpty() )
-		setToolTip( m_Widget.GetNodeText( m_nNode ) );
+		setToolTip( ToolTipText( m_Widget.GetNodeText( m_nNode ) ) );
 }
 
 QRectF CQFlamegraphRowItem::boundingRect() const
@@ -37,8 +38,8 @@ void CQFlamegraphRowItem::paint( QPainter *pPainter, const QStyleOptionGraphicsI
 	if ( rect.width() <= 4.0 )
 		return;
 	pPainter->setPen( QColor( 30, 30, 40, 255 ) );
-	pPainter->drawText(
-		rect.adjusted( 1, 1, -2, -2 ), Qt::AlignCenter | Qt::TextWordWrap, m_Widget.GetNodeText( m_nNode ) );
+	pPainter->drawText( rect.adjusted( 1, 1, -2, -2 ), Qt::AlignCenter | Qt::TextWordWrap,
+		OneLineText( m_Widget.GetNodeText( m_nNode ) ) );
 }
 
 void CQFlamegraphRowItem::contextMenuEvent( QGraphicsSceneContextMenuEvent *pEvent )

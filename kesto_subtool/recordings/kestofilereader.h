@@ -2,11 +2,13 @@
 #pragma once
 
 #include <QByteArray>
+#include <QElapsedTimer>
 #include <QPointer>
 #include <QString>
 
 #include "recordings/kestomemoryreader.h"
 
+class QFile;
 class QProgressBar;
 class QProgressDialog;
 class QWidget;
@@ -26,9 +28,11 @@ protected:
 
 private:
 	void ReadFile( const QString &fileName );
+	void ReadWhole( QFile &file );
 	void ShowDialog( QWidget *pParent, const QString &fileName );
 
 	QByteArray m_Data;
+	QElapsedTimer m_LastPicture;         // of the bar
 	QPointer<QProgressDialog> m_pDialog; // goes with its parent or with the reader, whichever is first
 	QPointer<QProgressBar> m_pBar;
 };

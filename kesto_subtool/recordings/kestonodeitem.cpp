@@ -17,12 +17,12 @@ CKestoNodeItem::CKestoNodeItem( const CKestoFile &file, int32_t nNode, int32_t n
 		setTextAlignment( nColumn, Qt::AlignRight | Qt::AlignVCenter );
 }
 
-void CKestoNodeItem::SetFrame( CKestoFile::CTickTimings &frame )
+void CKestoNodeItem::SetFrame( CKestoFile::CTickTimings &frame, CChildTimes &childTimes )
 {
 	m_Entry = frame.GetEntry( m_nNode );
 	if ( IsEmpty() )
 		return;
-	m_nExclusive = m_File.GetExclusiveTime( frame, m_nNode );
+	m_nExclusive = static_cast<int32_t>( m_Entry.m_nTime - static_cast<uint32_t>( childTimes.Of( m_nNode ) ) );
 	m_bHasToolTip = true;
 }
 

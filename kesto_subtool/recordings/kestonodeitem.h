@@ -3,6 +3,7 @@
 
 #include <QTreeWidgetItem>
 
+#include "recordings/childtimes.h"
 #include "recordings/kestofile.h"
 
 // Holds figures and makes texts of them when they are asked for, so that showing another frame costs nothing for rows
@@ -25,9 +26,9 @@ public:
 	int32_t GetNode() const { return m_nNode; }
 	int32_t GetRow() const { return m_nRow; }
 
-	// Takes the node's figures from a frame. Where calls and time are both 0 the cells are empty, and the tool tip
-	// stays what it was.
-	void SetFrame( CKestoFile::CTickTimings &frame );
+	// Takes the node's figures from a frame, of which the child times are. Where calls and time are both 0 the cells
+	// are empty, and the tool tip stays what it was.
+	void SetFrame( CKestoFile::CTickTimings &frame, CChildTimes &childTimes );
 
 	QVariant data( int nColumn, int nRole ) const override;
 

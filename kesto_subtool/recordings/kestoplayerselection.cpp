@@ -20,15 +20,14 @@ static void ExpandAncestors( const QTreeWidgetItem &item )
 void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
 {
 	const QRegExp pattern( text, Qt::CaseInsensitive, QRegExp::Wildcard );
+	const std::vector<bool> isSelected = GetSelectedRows();
 	std::vector<CKestoNodeItem *> toDeselect;
 	std::vector<CKestoNodeItem *> toSelect;
-	for ( CKestoNodeItem *pItem : m_NodeItems )
+	for ( size_t i = 1; i < m_NodeItems.size(); i++ )
 	{
-		if ( !pItem )
-			continue;
-		const bool bMatches = pattern.indexIn( pItem->text( CKestoNodeItem::COLUMN_NAME ) ) >= 0;
-		if ( bMatches != pItem->isSelected() )
-			( bMatches ? toSelect : toDeselect ).push_back( pItem );
+		const bool bMatches = pattern.indexIn( m_NodeItems[i]->text( CKestoNodeItem::COLUMN_NAME ) ) >= 0;
+		if ( bMatches != isSelected[i] )
+			( bMatches ? toSelect : toDeselect ).push_back( m_NodeItems[i] );
 	}
 	if ( toSelect.size() > MAX_FILTERED )
 	{
@@ -60,18 +59,25 @@ CKestoNodeItem *CQKestoPlayerWidget::GetItemOf( int32_t nNode ) const
 	return nRow < 0 ? nullptr : m_NodeItems[static_cast<size_t>( nRow )];
 }
 
-// A node that is in several rows is selected when any of them is. The tree is asked once for everything that is
-// selected: asking it row by row is quadratic when a large tree is selected as a whole.
+// By row. The tree is asked once for everything that is selected: asking it row by row is quadratic when a large tree is
+// selected as a whole.
+std::vector<bool> CQKestoPlayerWidget::GetSelectedRows() const
+{
+	std::vector<bool> isSelected( m_NodeItems.size() );
+	for ( const QTreeWidgetItem *pItem : m_pNodeTree->selectedItems() )
+		isSelected[static_cast<size_t>( static_cast<const CKestoNodeItem *>( pItem )->GetRow() )] = true;
+	return isSelected;
+}
+
+// A node that is in several rows is selected when any of them is.
 void CQKestoPlayerWidget::OnTreeSelectionChanged()
 {
 	if ( !m_pRows )
 		return;
-	std::vector<bool> isSelected( static_cast<size_t>( m_pRows->Count() ) );
-	for ( const QTreeWidgetItem *pItem : m_pNodeTree->selectedItems() )
-	{
-		const int32_t nNode = static_cast<const CKestoNodeItem *>( pItem )->GetNode();
-		isSelected[static_cast<size_t>( m_pRows->RowOf( nNode ) )] = true;
-	}
+	std::vector<bool> isSelected = GetSelectedRows();
+	for ( size_t i = 1; i < m_NodeItems.size(); i++ )
+		if ( isSelected[i] )
+			isSelected[static_cast<size_t>( m_pRows->RowOf( m_NodeItems[i]->GetNode() ) )] = true;
 	for ( size_t i = 1; i < m_NodeItems.size(); i++ )
 	{
 		const int32_t nNode = m_NodeItems[i]->GetNode();

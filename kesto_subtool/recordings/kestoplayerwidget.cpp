@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "recordings/flamegraphwidget.h"
+#include "recordings/kestonodedelegate.h"
 #include "recordings/kestonodeitem.h"
 #include "recordings/kestotexts.h"
 
@@ -97,6 +98,7 @@ QWidget *CQKestoPlayerWidget::MakeNodes()
 	m_pFilter->setAcceptDrops( false ); // files are dropped on the player
 	m_pFilter->setPlaceholderText( tr( "Select nodes by name (* and ? match anything)" ) );
 	m_pNodeTree = new QTreeWidget( pNodes );
+	m_pNodeTree->setItemDelegate( new CQKestoNodeDelegate( m_pNodeTree ) );
 	// Of the columns that are made from here on.
 	m_pNodeTree->header()->setDefaultSectionSize( FIGURE_CHARACTERS * nCharacter );
 	m_pNodeTree->setHeaderLabels( { tr( "Name" ), tr( "Inclusive" ), tr( "Exclusive" ), tr( "Calls" ) } );
@@ -213,9 +215,10 @@ void CQKestoPlayerWidget::OnSetTick( int nValue )
 		return;
 	CKestoFile::CTickTimings &frame = *m_pFile->GetFrame( nValue );
 	m_pFlamegraph->SetFrame( &frame );
+	CChildTimes childTimes( *m_pFile, frame );
 	for ( CKestoNodeItem *pItem : m_NodeItems )
 		if ( pItem )
-			pItem->SetFrame( frame );
+			pItem->SetFrame( frame, childTimes );
 	m_nCurrentTick = nValue;
 	m_pTickSlider->setToolTip( QString::number( nValue ) );
 	if ( m_nSortColumn != CKestoNodeItem::COLUMN_NAME ) // names are the same in every frame

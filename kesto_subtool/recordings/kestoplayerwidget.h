@@ -84,6 +84,7 @@ private:
 
 	bool HandleKey( const QKeyEvent &event );
 	void ShowFoundFrame( int nFrame );
+	std::vector<bool> GetSelectedRows() const;
 	CKestoNodeItem *GetItemOf( int32_t nNode ) const; // null when the tree has none, as for the root
 	QString AskForFile();
 

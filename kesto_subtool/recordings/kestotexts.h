@@ -13,6 +13,16 @@ QString FormatMilliseconds( int32_t nMicroseconds );
 // Recordings hold 8-bit text.
 QString NodeNameText( const CKestoFile &file, int32_t nNode );
 
+// For one line on the screen: control characters, which would break the line or turn its direction, as signs for them.
+QString OneLineText( const QString &text );
+
+// With an invisible place to break the line wherever there is none for 80 characters.
+QString BreakableText( const QString &text );
+
+// For a tool tip, which would take what looks like markup for markup and show a long text on one line. What it shows is
+// the text.
+QString ToolTipText( const QString &text );
+
 // Average, maximum and id of a node.
 QString NodeToolTip( const CKestoFile &file, int32_t nNode );
 

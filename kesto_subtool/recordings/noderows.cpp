@@ -1,6 +1,7 @@
 #include "recordings/noderows.h"
 
 #include <algorithm>
+#include <utility>
 
 NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 {
@@ -16,7 +17,7 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 	};
 	std::vector<Level> levels; // from the root down to the row that gets children now
 	std::vector<bool> isAncestor( m_LastRows.size() );
-	std::vector<int32_t> leftOut;
+	std::vector<int32_t> leftOut; // first nodes of what is left of chains
 	int32_t nLeaves = 0;
 
 	const auto descend = [&]( int32_t nNode, int32_t nParentRow )
@@ -31,8 +32,8 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 			return;
 		}
 		nLeaves++;
-		for ( int32_t n = nChild; n >= 0; n = file.GetNodeNextSibling( n ) )
-			leftOut.push_back( n );
+		if ( nChild >= 0 )
+			leftOut.push_back( nChild );
 	};
 
 	descend( nRoot, -1 );
@@ -45,13 +46,14 @@ NodeRows::NodeRows( const CKestoFile &file, const NodeRowLimits &limits )
 			levels.pop_back();
 			continue;
 		}
-		levels.back().m_nNextChild = file.GetNodeNextSibling( nChild );
-		if ( Count() < limits.m_nRows )
-			descend( nChild, levels.back().m_nRow );
-		else
+		const bool bFull = Count() >= limits.m_nRows;
+		levels.back().m_nNextChild = bFull ? -1 : file.GetNodeNextSibling( nChild );
+		if ( bFull )
 			leftOut.push_back( nChild );
+		else
+			descend( nChild, levels.back().m_nRow );
 	}
-	CountLeftOut( file, leftOut );
+	CountLeftOut( file, std::move( leftOut ) );
 }
 
 void NodeRows::AddRow( int32_t nNode, int32_t nParentRow, int32_t nFirstLeaf )
@@ -68,28 +70,21 @@ int32_t NodeRows::RowOf( int32_t nNode ) const
 																		  : -1;
 }
 
-// Everything that hangs below what was left out, without asking how often.
-void NodeRows::CountLeftOut( const CKestoFile &file, const std::vector<int32_t> &starts )
+// Everything in the chains and below, without asking how often. A node that was counted before ends a chain: what
+// follows it was counted with it. So chains that many nodes share are walked once.
+void NodeRows::CountLeftOut( const CKestoFile &file, std::vector<int32_t> chains )
 {
 	std::vector<bool> counted( m_LastRows.size() );
-	std::vector<int32_t> todo;
-	const auto add = [&]( int32_t nNode )
+	while ( !chains.empty() )
 	{
-		if ( counted[static_cast<size_t>( nNode )] )
-			return;
-		counted[static_cast<size_t>( nNode )] = true;
-		m_nLeftOut++;
-		todo.push_back( nNode );
-	};
-	for ( const int32_t nStart : starts )
-	{
-		add( nStart );
-		while ( !todo.empty() )
+		int32_t nNode = chains.back();
+		chains.pop_back();
+		for ( ; nNode >= 0 && !counted[static_cast<size_t>( nNode )]; nNode = file.GetNodeNextSibling( nNode ) )
 		{
-			const int32_t nNode = todo.back();
-			todo.pop_back();
-			for ( int32_t n = file.GetNodeFirstChild( nNode ); n >= 0; n = file.GetNodeNextSibling( n ) )
-				add( n );
+			counted[static_cast<size_t>( nNode )] = true;
+			m_nLeftOut++;
+			if ( const int32_t nChild = file.GetNodeFirstChild( nNode ); nChild >= 0 )
+				chains.push_back( nChild );
 		}
 	}
 }

@@ -41,7 +41,7 @@ public:
 
 private:
 	void AddRow( int32_t nNode, int32_t nParentRow, int32_t nFirstLeaf );
-	void CountLeftOut( const CKestoFile &file, const std::vector<int32_t> &starts );
+	void CountLeftOut( const CKestoFile &file, std::vector<int32_t> chains );
 
 	std::vector<NodeRow> m_Rows;
 	std::vector<int32_t> m_LastRows; // by node id

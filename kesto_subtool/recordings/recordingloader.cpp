@@ -16,6 +16,7 @@ static bool AskAboutDamage( QWidget *pParent, int nFrames, const QString &proble
 		buttons |= QMessageBox::Ok;
 	}
 	QPointer<QMessageBox> pBox = new QMessageBox( QMessageBox::Warning, title, problems, buttons, pParent );
+	pBox->setTextFormat( Qt::PlainText );
 	const int nAnswer = pBox->exec();
 	delete pBox;
 	return nAnswer == QMessageBox::Ok;

@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <QGraphicsSceneHoverEvent>
+#include <QGraphicsSceneMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -106,6 +108,15 @@ TEST_F( FlameGraph, ABarIsARoundedRectangleWithItsNameInTheMiddle )
 						   ops[2].m_Font, QColor( 30, 30, 40 ) ) );
 }
 
+TEST_F( FlameGraph, ABarShowsAnyNameOnOneLine )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "a\n<b>&c", 1 );
+	writer.BeginTimings().Entry( 1, 2000 ).Entry( 1, 2000 ).EndFrame();
+	m_pFile = Parse( writer );
+	Show( 0 );
+	EXPECT_EQ( Paint( Item( 1 ) )[2].m_Text, QStringLiteral( "a\u240A<b>&c" ) );
+}
+
 TEST_F( FlameGraph, ASelectedBarIsOutlinedInCyan )
 {
 	Show( 0 );
@@ -194,6 +205,38 @@ TEST_F( FlameGraph, APressOnTheScaleSetsTheMarker )
 	EXPECT_TRUE( bLine );
 	EXPECT_TRUE(
 		texts.join( "" ).contains( QString::asprintf( "%.1f fps", static_cast<double>( 1000000.0f / flTime ) ) ) );
+}
+
+TEST_F( FlameGraph, TheMarkerFollowsTheLeftButtonAndTheHoveringMouse )
+{
+	Show( 0 );
+	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
+	EXPECT_TRUE( scale.acceptHoverEvents() );
+	const auto press = [&]( QEvent::Type type, Qt::MouseButton button, double x )
+	{
+		QGraphicsSceneMouseEvent event( type );
+		event.setButton( button );
+		event.setButtons( button );
+		event.setScenePos( QPointF( x, 30 ) );
+		m_Widget.scene()->sendEvent( &scale, &event );
+	};
+	press( QEvent::GraphicsSceneMousePress, Qt::RightButton, 50 );
+	press( QEvent::GraphicsSceneMouseMove, Qt::MiddleButton, 50 );
+	EXPECT_EQ( scale.GetMarker(), 0.0f );
+	press( QEvent::GraphicsSceneMousePress, Qt::LeftButton, 100 );
+	EXPECT_FLOAT_EQ( scale.GetMarker(), 1000.0f );
+	press( QEvent::GraphicsSceneMouseMove, Qt::LeftButton, 250 );
+	EXPECT_FLOAT_EQ( scale.GetMarker(), 2500.0f );
+	QGraphicsSceneHoverEvent hover( QEvent::GraphicsSceneHoverMove );
+	hover.setScenePos( QPointF( 70, 30 ) );
+	m_Widget.scene()->sendEvent( &scale, &hover );
+	EXPECT_FLOAT_EQ( scale.GetMarker(), 700.0f );
+}
+
+TEST_F( FlameGraph, ARubberBandWouldTakeWhateverItTouches )
+{
+	EXPECT_EQ( m_Widget.rubberBandSelectionMode(), Qt::IntersectsItemBoundingRect );
+	EXPECT_EQ( m_Widget.dragMode(), QGraphicsView::NoDrag );
 }
 
 TEST( FlameScaleLayout, TheMarkerHasItsFrameRateAtItsLeftAndItsTimeAtItsRight )

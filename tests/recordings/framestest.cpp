@@ -1,10 +1,12 @@
 // What is worked out of a recording without a screen: rows, bars, scale, slow frames.
 #include <gmock/gmock.h>
 
+#include "recordings/childtimes.h"
 #include "recordings/flamelayout.h"
 #include "recordings/flamescale.h"
 #include "recordings/framefinder.h"
 #include "recordings/noderows.h"
+#include "tests/recordings/recordingcorpus.h"
 #include "tests/recordings/recordingreaders.h"
 #include "tests/recordings/recordingwriter.h"
 
@@ -92,6 +94,53 @@ TEST( NodeRows, LevelsAreLimitedAndWhatIsLeftOutIsCounted )
 	EXPECT_EQ( rows.Count(), 1 + 4096 );
 	EXPECT_EQ( rows[rows.Count() - 1].m_nDepth, 4096 );
 	EXPECT_EQ( rows.GetLeftOutCount(), 5000 - 4096 );
+}
+
+// Each of many nodes at the deepest level has the same long chain of children.
+TEST( NodeRows, AChainThatIsLeftOutAtManyPlacesIsWalkedOnce )
+{
+	constexpr int32_t LEVELS = 4096;
+	constexpr int32_t PARENTS = 200000;
+	constexpr int32_t CHILDREN = 200000;
+	constexpr int32_t FIRST_PARENT = LEVELS;
+	constexpr int32_t SHARED = FIRST_PARENT + PARENTS;
+	constexpr int32_t LAST_PARENT = SHARED + 1;
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i < LEVELS; i++ )
+		writer.Node( i - 1, "", i );
+	for ( int32_t i = 0; i < PARENTS; i++ )
+		writer.Node( LEVELS - 1, "", FIRST_PARENT + i ).Node( FIRST_PARENT + i, "", SHARED );
+	for ( int32_t i = 0; i < CHILDREN; i++ )
+		writer.Node( LAST_PARENT, "", LAST_PARENT + 1 + i );
+	writer.Node( LAST_PARENT, "", SHARED ); // so all chains that begin with it go on
+	const CRefPtr<CKestoFile> pFile = Parse( writer.EndFrame() );
+	const NodeRows rows( *pFile );
+	EXPECT_EQ( rows.Count(), LEVELS + PARENTS );
+	EXPECT_EQ( rows.GetLeftOutCount(), 1 + CHILDREN );
+
+	CChildTimes childTimes( *pFile, *pFile->GetFrame( 0 ) );
+	for ( int32_t i = 0; i < rows.Count(); i++ )
+		ASSERT_EQ( childTimes.Of( rows[i].m_nNode ), 0 );
+}
+
+TEST( ChildTimes, AreWhatExclusiveTimesLack )
+{
+	for ( const CorpusRecording &recording : MakeRecordingCorpus() )
+	{
+		CKestoMemoryReader reader( recording.m_Bytes );
+		const CRefPtr<CKestoFile> pFile = ParseRecording( reader );
+		for ( int i = 0; i < std::min( pFile->GetFrameCount(), 5 ); i++ )
+		{
+			CKestoFile::CTickTimings &frame = *pFile->GetFrame( i );
+			CChildTimes childTimes( *pFile, frame );
+			for ( int32_t nNode = -1; nNode <= std::min( pFile->GetNodeCount(), 5000 ); nNode++ )
+			{
+				const auto nOwn = static_cast<int32_t>(
+					frame.PeekEntry( nNode ).m_nTime - static_cast<uint32_t>( childTimes.Of( nNode ) ) );
+				ASSERT_EQ( nOwn, pFile->GetExclusiveTime( frame, nNode ) ) << recording.m_Name << ", node " << nNode;
+			}
+		}
+	}
 }
 
 TEST( NodeRows, RowsAreLimitedAndWhatIsLeftOutIsCounted )

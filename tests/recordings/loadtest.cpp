@@ -3,6 +3,8 @@
 
 #include <QApplication>
 #include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QPushButton>
@@ -26,6 +28,7 @@ protected:
 	{
 		QString m_Title, m_Text;
 		QMessageBox::StandardButtons m_Buttons;
+		Qt::TextFormat m_Format;
 	};
 
 	// Opens the file and answers the message box, if there is one.
@@ -36,7 +39,8 @@ protected:
 			{
 				if ( auto *pBox = qobject_cast<QMessageBox *>( QApplication::activeModalWidget() ) )
 				{
-					m_Questions.push_back( { pBox->windowTitle(), pBox->text(), pBox->standardButtons() } );
+					m_Questions.push_back(
+						{ pBox->windowTitle(), pBox->text(), pBox->standardButtons(), pBox->textFormat() } );
 					pBox->button( answer )->click();
 				}
 			} );
@@ -93,6 +97,10 @@ TEST_F( Loading, StopAnswersFromTheFirstProgressStepOn )
 				ASSERT_NE( pDialog, nullptr );
 				EXPECT_EQ( pDialog->labelText(), "Decoding " + path );
 				EXPECT_TRUE( pDialog->isVisible() );
+				EXPECT_TRUE( pDialog->isModal() );
+				EXPECT_EQ( pDialog->minimum(), 0 );
+				EXPECT_EQ( pDialog->maximum(), static_cast<int>( QFileInfo( path ).size() ) );
+				EXPECT_EQ( pDialog->findChild<QPushButton *>()->text(), "Stop" );
 				EXPECT_GT( pDialog->value(), 0x20000 );
 				EXPECT_LT( pDialog->value(), 0x20000 + 10 );
 				pDialog->findChild<QPushButton *>()->click();
@@ -105,6 +113,29 @@ TEST_F( Loading, StopAnswersFromTheFirstProgressStepOn )
 	const int nFrames = m_Player.GetRecording()->GetFrameCount();
 	EXPECT_EQ( m_Questions[0].m_Title, QString( "File Error, %1 frames recovered. Continue?" ).arg( nFrames ) );
 	EXPECT_NEAR( nFrames, 1 + ( 2 * 0x20000 - 19000 ) / 3007, 2 );
+}
+
+TEST_F( Loading, AFileNameIsShownAsItStands )
+{
+	const QString name = "<h1>a &amp; b\xE2\x80\xAE" + QString( 150, 'n' ) + ".kesto";
+	const QString path = Write( name, RecordingOf( 100, 1000 ).U8( 9 ) );
+	int nShown = 0;
+	const CEventTurns turns(
+		[&]( int )
+		{
+			const auto *pDialog = m_Player.findChild<QProgressDialog *>();
+			if ( !pDialog )
+				return;
+			nShown++;
+			const auto *pLabel = pDialog->findChild<QLabel *>();
+			EXPECT_EQ( pDialog->labelText().remove( QChar( 0x200B ) ), "Decoding " + path );
+			EXPECT_EQ( pLabel->textFormat(), Qt::PlainText );
+			EXPECT_LT( pDialog->width(), 1000 ) << "a long name is broken into lines";
+		} );
+	EXPECT_TRUE( Open( path, QMessageBox::Ok ) );
+	EXPECT_GE( nShown, 2 );
+	ASSERT_EQ( m_Questions.size(), 1u );
+	EXPECT_EQ( m_Questions[0].m_Format, Qt::PlainText );
 }
 
 TEST_F( Loading, CancellingTheFileDialogChangesNothing )

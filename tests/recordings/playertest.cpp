@@ -10,8 +10,11 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QSlider>
+#include <QSplitter>
+#include <QStyledItemDelegate>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTextDocument>
 #include <QTimer>
 #include <QToolBar>
 #include <QToolTip>
@@ -93,6 +96,25 @@ TEST_F( Player, TheToolBarHasItsActionsInOrderAndOnlyOpenIsEnabled )
 	EXPECT_EQ( texts, ( QStringList{ "Capture on", "Capture off", "Capture off", "Stop Capture off" } ) );
 	EXPECT_TRUE( actions[2]->isSeparator() );
 	EXPECT_TRUE( actions[5]->isSeparator() );
+}
+
+TEST_F( Player, TreeAndFlameGraphStandInTitledBoxesBelowTheToolBar )
+{
+	EXPECT_EQ( m_Player.layout()->contentsMargins(), QMargins() );
+	EXPECT_EQ( m_Player.layout()->itemAt( 0 )->widget(), &Child<QToolBar>() );
+	const auto &splitter = *static_cast<QSplitter *>( m_Player.layout()->itemAt( 1 )->widget() );
+	EXPECT_EQ( static_cast<QGroupBox *>( splitter.widget( 0 ) )->title(), "Kesto Nodes" );
+	EXPECT_EQ( static_cast<QGroupBox *>( splitter.widget( 1 ) )->title(), "Flamegraph" );
+	EXPECT_TRUE( splitter.widget( 0 )->isAncestorOf( &Child<QLineEdit>() ) );
+	EXPECT_TRUE( splitter.widget( 1 )->isAncestorOf( &Child<CQFlamegraphWidget>() ) );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	QStringList headings;
+	for ( int i = 0; i < tree.columnCount(); i++ )
+		headings << tree.headerItem()->text( i );
+	EXPECT_EQ( headings, ( QStringList{ "Name", "Inclusive", "Exclusive", "Calls" } ) );
+	EXPECT_EQ( tree.selectionMode(), QAbstractItemView::ExtendedSelection );
+	EXPECT_EQ( tree.contextMenuPolicy(), Qt::CustomContextMenu );
+	EXPECT_EQ( Child<QSlider>().orientation(), Qt::Horizontal );
 }
 
 TEST_F( Player, TheMetaObjectHasTheSlotsInTheirOrder )
@@ -227,6 +249,10 @@ TEST_F( Player, TheFilterSelectsWhatMatchesAndNothingElse )
 	Child<QLineEdit>().setText( "SH?D" );
 	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{ &Item( "Shadows" ) } );
 	EXPECT_TRUE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
+	EXPECT_TRUE( Item( "Render" ).isExpanded() ) << "what is selected can be seen";
+	Child<QLineEdit>().setText( "phys" );
+	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{ &Item( "Physics" ) } );
+	EXPECT_FALSE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
 	Child<QLineEdit>().setText( "" );
 	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 3 ) << "an empty text matches every name";
 }
@@ -271,6 +297,15 @@ TEST_F( Player, ANodeWithoutTimeHasNoNextFrames )
 {
 	EXPECT_EQ( TextsOf( MakeNodeMenu( *Parse( Recording( { 1 } ) ), 3, 0 ) ),
 		( QStringList{ "Max frame -1 (0.000000 ms)" } ) );
+}
+
+TEST_F( Player, WhereThereIsNoNodeThereIsNoMenu )
+{
+	m_Player.OnNodeTreeItemClicked( QPoint( 10, 10 ) );
+	m_Player.OnItemContextMenu( 0, QPoint( 10, 10 ) ); // would wait for the user
+	Show( Recording( { 1 } ) );
+	m_Player.OnNodeTreeItemClicked( Child<QTreeWidget>().viewport()->rect().bottomLeft() );
+	EXPECT_EQ( QApplication::activePopupWidget(), nullptr );
 }
 
 TEST_F( Player, TheContextMenuCopiesTheNameOrShowsAFrame )
@@ -372,6 +407,60 @@ TEST_F( Player, NodesThatAreNotShownAreCounted )
 	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
 		texts << pLabel->text();
 	EXPECT_TRUE( texts.contains( "4 nodes not shown" ) );
+}
+
+// What a label or a tool tip shows of its text.
+QString ShownText( const QString &text )
+{
+	if ( !Qt::mightBeRichText( text ) )
+		return text;
+	QTextDocument document;
+	document.setHtml( text );
+	return document.toPlainText().remove( QChar( 0x200B ) );
+}
+
+TEST_F( Player, NamesAreShownAsTheyStand )
+{
+	const std::vector<std::string> names = { "<b>bold</b>", "a&b &amp; c", "<img src='file:///etc/passwd'>  two blanks",
+		std::string( 511, 'n' ), "<" + std::string( 300, 'w' ) + ">", "caf\xE9", "" };
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( size_t i = 0; i < names.size(); i++ )
+		writer.Node( 0, names[i], static_cast<int32_t>( i + 1 ) );
+	Show( writer.EndFrame() );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	const std::vector<CQFlamegraphRowItem *> &bars = Child<CQFlamegraphWidget>().GetRowItems();
+	ASSERT_EQ( bars.size(), names.size() + 1 );
+	for ( size_t i = 0; i < names.size(); i++ )
+	{
+		const QString name = QString::fromLatin1( names[i].c_str() );
+		const int nRow = static_cast<int>( names.size() - 1 - i ); // chains are in the reverse order
+		const QTreeWidgetItem &item = *tree.topLevelItem( nRow );
+		EXPECT_EQ( item.text( 0 ), name );
+		EXPECT_EQ( static_cast<QStyledItemDelegate *>( tree.itemDelegate() )->displayText( item.text( 0 ), {} ), name );
+		EXPECT_EQ( ShownText( bars[static_cast<size_t>( nRow + 1 )]->toolTip() ), name );
+	}
+}
+
+TEST_F( Player, ALineFeedInANameBreaksNoRow )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	Show( writer.Node( 0, "plain", 1 ).Node( 0, "line\nfeed\t\x7F\x9B", 2 ).EndFrame() );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	EXPECT_EQ( tree.visualItemRect( tree.topLevelItem( 0 ) ).height(),
+		tree.visualItemRect( tree.topLevelItem( 1 ) ).height() );
+	const QString shown = QStringLiteral( "line\u240Afeed\u2409\u2421\uFFFD" );
+	EXPECT_EQ(
+		static_cast<QStyledItemDelegate *>( tree.itemDelegate() )->displayText( tree.topLevelItem( 0 )->text( 0 ), {} ),
+		shown );
+	EXPECT_EQ( Child<CQFlamegraphWidget>().GetRowItems()[1]->toolTip(), shown );
+	Child<QLineEdit>().setText( "line\nf" );
+	EXPECT_EQ( tree.selectedItems().size(), 1 ) << "the filter knows the name itself";
+}
+
+TEST( PlayerTexts, CharactersThatTurnOrHideTextAreShown )
+{
+	EXPECT_EQ( OneLineText( QStringLiteral( "a\u202Eb\u2028c\u00ADd" ) ), QStringLiteral( "a\uFFFDb\uFFFDc\uFFFDd" ) );
+	EXPECT_EQ( OneLineText( QStringLiteral( "\u00E4 \u20AC\u4E16" ) ), QStringLiteral( "\u00E4 \u20AC\u4E16" ) );
 }
 
 TEST_F( Player, ADroppedFileIsOpened )
