@@ -8,6 +8,7 @@
 #include "tools/loadedrecording.h"
 #include "tools/nodechoice.h"
 #include "tools/nodefigures.h"
+#include "tools/numberoption.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
 
@@ -72,7 +73,7 @@ public:
 		if ( !bKept )
 			m_Status = std::max( m_Status, ExitStatus::Damage );
 		m_Table.AddRow( { bKept ? "ok" : "BROKEN", FormatFixed( flMeasured, 3 ), limit.m_Text,
-			limit.m_Name.empty() ? "(frame)" : limit.m_Name } );
+			limit.m_Name.empty() ? "(frame)" : OneLine( limit.m_Name ) } );
 		m_bMeasured = true;
 	}
 
@@ -159,5 +160,5 @@ void AddCheckCommand( CLI::App &app, CommandContext &context )
 		.add_option(
 			"--percentile", pOptions->m_flPercentile, "Which of the times must be within the limit, 0 to 100 (99)" )
 		->type_name( "P" )
-		->check( CLI::Range( 0.0, 100.0 ) );
+		->check( NumberBetween( 0.0, 100.0 ) );
 }

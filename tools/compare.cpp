@@ -114,8 +114,8 @@ std::string FormatProbability( const std::optional<double> &flProbability )
 void PrintText(
 	std::ostream &output, const LoadedRecording &a, const LoadedRecording &b, const std::vector<ComparedNode> &nodes )
 {
-	output << "A  " << a.m_Path << ", frames: " << a.FrameCount() << '\n'
-		   << "B  " << b.m_Path << ", frames: " << b.FrameCount() << "\n\n";
+	output << "A  " << OneLine( a.m_Path ) << ", frames: " << a.FrameCount() << '\n'
+		   << "B  " << OneLine( b.m_Path ) << ", frames: " << b.FrameCount() << "\n\n";
 	CTextTable table( { "A mean ms", "B mean ms", "change ms", "change", "p", "A p95 ms", "B p95 ms", "node" } );
 	const auto time = []( const std::optional<NodeFigures> &figures, double NodeFigures::*pTime )
 	{ return figures ? FormatMilliseconds( ( *figures ).*pTime ) : std::string( "-" ); };

@@ -3,16 +3,16 @@
 #include <cerrno>
 #include <system_error>
 
+#include "tools/text.h"
+
 static void AppendOneLine( std::string &line, std::string_view text )
 {
-	for ( const char c : text )
+	for ( size_t nEnd = text.find( '\n' ); nEnd != std::string_view::npos; nEnd = text.find( '\n' ) )
 	{
-		const auto nByte = static_cast<unsigned char>( c );
-		if ( c == '\n' )
-			line += "; ";
-		else
-			line += nByte < 0x20 || nByte == 0x7F ? '?' : c;
+		line += OneLine( text.substr( 0, nEnd ) ) + "; ";
+		text.remove_prefix( nEnd + 1 );
 	}
+	line += OneLine( text );
 }
 
 std::string FormatErrorLine( std::string_view file, std::optional<int64_t> nOffset, std::string_view what )

@@ -4,6 +4,7 @@
 
 #include "tools/commands.h"
 #include "tools/jsonwriter.h"
+#include "tools/numberoption.h"
 #include "tools/summary.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
@@ -112,7 +113,7 @@ void PrintTopNodes( std::ostream &output, const Summary &summary )
 
 void PrintText( std::ostream &output, const LoadedRecording &recording, const Summary &summary )
 {
-	output << "File           " << recording.m_Path << '\n'
+	output << "File           " << OneLine( recording.m_Path ) << '\n'
 		   << "Size           " << summary.m_nSize << " bytes\n"
 		   << "Frames         " << summary.m_nFrames << ( recording.m_bFailed ? " (the file is damaged)" : "" ) << '\n'
 		   << "Nodes          " << summary.m_nNodes << ", depth " << summary.m_nLevels << '\n'
@@ -142,7 +143,9 @@ void AddInfoCommand( CLI::App &app, CommandContext &context )
 		"kesto info run.kesto --top 20 --by self", [&context, pOptions] { return Info( context, *pOptions ); } );
 	command.add_option( "FILE", pOptions->m_File, "The recording; - is standard input" )->required();
 	command.add_flag( "--json", pOptions->m_bJson, "Print JSON" );
-	command.add_option( "--top", pOptions->m_nTop, "How many nodes to list (10)" )->type_name( "N" );
+	command.add_option( "--top", pOptions->m_nTop, "How many nodes to list (10)" )
+		->type_name( "N" )
+		->check( WholeNumberFrom( 0 ) );
 	command.add_option( "--by", pOptions->m_Order, "Which nodes: most time in total, or by itself" )
 		->transform( CLI::CheckedTransformer(
 			std::map<std::string, NodeOrder>{ { "total", NodeOrder::Total }, { "self", NodeOrder::Self } } ) );

@@ -29,14 +29,13 @@ int32_t SignedTime( const Entry &entry )
 
 // For each node, the time of its direct children. Chains of a damaged recording may share their ends; each node is
 // looked at once, however many chains it is in.
-class CChildTimes
+class CChildTotals
 {
 public:
-	CChildTimes( const CKestoFile &file, const std::vector<NodeTotals> &totals )
+	CChildTotals( const CKestoFile &file, const CPagedList<NodeTotals> &totals )
 		: m_File( file )
 		, m_Totals( totals )
-		, m_Chains( totals.size() )
-		, m_bKnown( totals.size() )
+		, m_bKnown( static_cast<size_t>( file.GetNodeCount() ) )
 	{
 	}
 
@@ -46,21 +45,20 @@ public:
 		int32_t nNode = m_File.GetNodeFirstChild( nParent );
 		for ( ; nNode >= 0 && !m_bKnown[static_cast<size_t>( nNode )]; nNode = m_File.GetNodeNextSibling( nNode ) )
 			unknown.push_back( nNode );
-		int64_t nTime = nNode >= 0 ? m_Chains[static_cast<size_t>( nNode )] : 0;
+		int64_t nTime = nNode >= 0 ? m_Chains[nNode] : 0;
 		for ( ; !unknown.empty(); unknown.pop_back() )
 		{
-			const auto nIndex = static_cast<size_t>( unknown.back() );
-			nTime += m_Totals[nIndex].m_nTime;
-			m_Chains[nIndex] = nTime;
-			m_bKnown[nIndex] = true;
+			nTime += m_Totals[unknown.back()].m_nTime;
+			m_Chains.At( unknown.back() ) = nTime;
+			m_bKnown[static_cast<size_t>( unknown.back() )] = true;
 		}
 		return nTime;
 	}
 
 private:
 	const CKestoFile &m_File;
-	const std::vector<NodeTotals> &m_Totals;
-	std::vector<int64_t> m_Chains; // by node id: the time of it and of all that follow it in its chain
+	const CPagedList<NodeTotals> &m_Totals;
+	CPagedList<int64_t> m_Chains; // by node id: the time of it and of all that follow it in its chain
 	std::vector<bool> m_bKnown;
 };
 
@@ -142,43 +140,36 @@ std::vector<int32_t> FrameTimes( const CKestoFile &file )
 	return times;
 }
 
-std::vector<NodeTotals> SumNodes( const CKestoFile &file, const CNodeTree &tree )
+CPagedList<NodeTotals> SumNodes( const CKestoFile &file, const CNodeTree &tree )
 {
-	int32_t nCount = std::max( file.GetNodeCount(), file.GetStatisticsCount() );
-	for ( const CNodeTree::Row &row : tree.Rows() )
-		nCount = std::max( nCount, row.m_nNode + 1 );
-	std::vector<NodeTotals> totals( static_cast<size_t>( nCount ) );
+	CPagedList<NodeTotals> totals;
 	for ( int i = 0; i < file.GetFrameCount(); i++ )
 		VisitEntries( *file.GetFrame( i ),
 			[&]( int32_t nNode, const Entry &entry )
 			{
-				NodeTotals &node = totals[static_cast<size_t>( nNode )];
+				NodeTotals &node = totals.At( nNode );
 				node.m_nCalls += entry.m_nCalls;
 				node.m_nTime += SignedTime( entry );
 				node.m_nFrames++;
 			} );
-	CChildTimes childTimes( file, totals );
+	CChildTotals childTotals( file, totals );
 	for ( const CNodeTree::Row &row : tree.Rows() )
 	{
-		NodeTotals &node = totals[static_cast<size_t>( row.m_nNode )];
-		node.m_nSelfTime = node.m_nTime - childTimes.Of( row.m_nNode );
+		NodeTotals &node = totals.At( row.m_nNode );
+		node.m_nSelfTime = node.m_nTime - childTotals.Of( row.m_nNode );
 	}
 	return totals;
 }
 
 void CNodeGroups::Add( int32_t nNode, int32_t nGroup )
 {
-	const auto nIndex = static_cast<size_t>( nNode );
-	if ( nIndex >= m_Groups.size() )
-		m_Groups.resize( nIndex + 1, -1 );
-	m_Groups[nIndex] = nGroup;
+	m_Groups.At( nNode ) = nGroup + 1;
 	m_nCount = std::max( m_nCount, nGroup + 1 );
 }
 
 int32_t CNodeGroups::GroupOf( int32_t nNode ) const
 {
-	const auto nIndex = static_cast<size_t>( nNode );
-	return nIndex < m_Groups.size() ? m_Groups[nIndex] : -1;
+	return m_Groups[nNode] - 1;
 }
 
 void VisitGroupTimes( const CKestoFile &file, const CNodeGroups &groups,

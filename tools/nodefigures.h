@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "recordings/kestofile.h"
+#include "recordings/pagedlist.h"
 #include "tools/nodetree.h"
 #include "tools/statistics.h"
 
@@ -21,8 +22,8 @@ struct NodeTotals
 	int32_t m_nFrames = 0;   // in which it was called or took time
 };
 
-// By node id, as long as needed for every node of the tree and every entry.
-std::vector<NodeTotals> SumNodes( const CKestoFile &file, const CNodeTree &tree );
+// By node id, any that a recording can have.
+CPagedList<NodeTotals> SumNodes( const CKestoFile &file, const CNodeTree &tree );
 
 // Nodes whose times are to be added up frame by frame, as one. A node is in one group at most.
 class CNodeGroups
@@ -33,7 +34,7 @@ public:
 	int32_t GroupOf( int32_t nNode ) const; // -1 = none
 
 private:
-	std::vector<int32_t> m_Groups; // by node id
+	CPagedList<int32_t> m_Groups; // by node id, plus 1; 0 = none
 	int32_t m_nCount = 0;
 };
 

@@ -49,7 +49,7 @@ public:
 private:
 	bool WriteRow( const CNodeTree::Row &row, const CDistribution &times )
 	{
-		const NodeTotals &totals = m_Totals[static_cast<size_t>( row.m_nNode )];
+		const NodeTotals &totals = m_Totals[row.m_nNode];
 		m_Csv.Integer( row.m_nNode );
 		if ( row.m_nParentRow < 0 )
 			m_Csv.Empty();
@@ -76,7 +76,7 @@ private:
 
 	const CKestoFile &m_File;
 	const CNodeTree m_Tree;
-	const std::vector<NodeTotals> m_Totals;
+	const CPagedList<NodeTotals> m_Totals;
 	CCsvWriter m_Csv;
 };
 

@@ -4,16 +4,23 @@
 #include <ostream>
 
 #include "keel0/platform.h"
+#include "tools/text.h"
 
 namespace
 {
 constexpr double FIRST_DELAY = 0.5; // seconds
 constexpr double INTERVAL = 0.1;
+constexpr size_t LONGEST_LABEL = 72; // characters; a line that wraps could not be written over
+
+std::string ShownLabel( std::string_view label )
+{
+	return ShortenMiddle( OneLine( label ), LONGEST_LABEL );
+}
 } // namespace
 
-CProgress::CProgress( std::ostream *pTerminal, std::string label, int64_t nTotal )
+CProgress::CProgress( std::ostream *pTerminal, std::string_view label, int64_t nTotal )
 	: m_pTerminal( pTerminal )
-	, m_Label( std::move( label ) )
+	, m_Label( ShownLabel( label ) )
 	, m_nTotal( nTotal )
 	, m_flNextTime( pTerminal ? Plat_FloatTime() + FIRST_DELAY : 0.0 )
 {
@@ -44,7 +51,8 @@ void CProgress::Show( int64_t nDone )
 
 void CProgress::Write( const std::string &text )
 {
-	const size_t nBlanks = m_nShown > text.size() ? m_nShown - text.size() : 0;
+	const size_t nWidth = CountCharacters( text );
+	const size_t nBlanks = m_nShown > nWidth ? m_nShown - nWidth : 0;
 	*m_pTerminal << '\r' << text << std::string( nBlanks, ' ' ) << std::flush;
-	m_nShown = text.size() + nBlanks;
+	m_nShown = nWidth + nBlanks;
 }

@@ -4,21 +4,21 @@
 #include <cstdint>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 // Writes "LABEL 42%" over itself at most ten times a second, nothing in the first half second, and clears the line at
 // the end. Without a terminal it does nothing.
 class CProgress
 {
 public:
-	// nTotal is in the unit that Show is given, bytes for instance; 0 or less when it is not known, which shows the
-	// label alone.
-	CProgress( std::ostream *pTerminal, std::string label, int64_t nTotal );
+	// The label is shown as one line, without its middle when it is too long. nTotal is in the unit that Show is given,
+	// bytes for instance; 0 or less when it is not known, which shows the label alone.
+	CProgress( std::ostream *pTerminal, std::string_view label, int64_t nTotal );
 	~CProgress();
 	CProgress( const CProgress & ) = delete;
 	CProgress &operator=( const CProgress & ) = delete;
 
 	void Show( int64_t nDone );
-	void SetLabel( std::string label ) { m_Label = std::move( label ); } // shown from the next Show on
 
 private:
 	void Write( const std::string &text );

@@ -7,6 +7,7 @@
 #include "tools/commands.h"
 #include "tools/enginesession.h"
 #include "tools/errorline.h"
+#include "tools/numberoption.h"
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "wire/sessionchunks.h"
@@ -149,6 +150,6 @@ void AddRecordCommand( CLI::App &app, CommandContext &context )
 		->check( CheckSeconds );
 	command.add_option( "--frames", pOptions->m_nFrames, "End after so many frames" )
 		->type_name( "N" )
-		->check( CLI::PositiveNumber );
+		->check( WholeNumberFrom( 1 ) );
 	command.add_option( "OUT", pOptions->m_Output, "File to write (CSV); - is standard output" )->required();
 }

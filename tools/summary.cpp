@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <numeric>
 
-static std::vector<size_t> RowsByTime( const CNodeTree &tree, const std::vector<NodeTotals> &totals, NodeOrder order )
+static std::vector<size_t> RowsByTime( const CNodeTree &tree, const CPagedList<NodeTotals> &totals, NodeOrder order )
 {
 	const auto timeOf = [&]( size_t nRow )
 	{
-		const NodeTotals &node = totals[static_cast<size_t>( tree.Rows()[nRow].m_nNode )];
+		const NodeTotals &node = totals[tree.Rows()[nRow].m_nNode];
 		return order == NodeOrder::Self ? node.m_nSelfTime : node.m_nTime;
 	};
 	std::vector<size_t> rows( tree.Rows().size() );
@@ -20,7 +20,7 @@ Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder
 {
 	const CKestoFile &file = *recording.m_pFile;
 	const CNodeTree tree( file );
-	const std::vector<NodeTotals> totals = SumNodes( file, tree );
+	const CPagedList<NodeTotals> totals = SumNodes( file, tree );
 	const std::vector<int32_t> times = FrameTimes( file );
 
 	Summary summary;
@@ -37,8 +37,8 @@ Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder
 	for ( const size_t nRow : rows )
 	{
 		const CNodeTree::Row &row = tree.Rows()[nRow];
-		summary.m_TopNodes.push_back( { row.m_nNode, std::string( tree.Name( row ) ), tree.Path( row ),
-			totals[static_cast<size_t>( row.m_nNode )] } );
+		summary.m_TopNodes.push_back(
+			{ row.m_nNode, std::string( tree.Name( row ) ), tree.Path( row ), totals[row.m_nNode] } );
 	}
 	return summary;
 }

@@ -103,7 +103,14 @@ TEST( KestoProgram, WrongUsageIsOneLineAndStatusTwo )
 	const std::vector<std::vector<std::string>> wrong{ {}, { "nonsense" }, { "--nonsense" }, { "dump" },
 		{ "dump", "a", "b" }, { "info", "a", "--top" }, { "info", "a", "--top", "x" }, { "info", "a", "--by", "age" },
 		{ "frames" }, { "nodes" }, { "compare", "a" }, { "check" }, { "check", "a", "--budget" }, { "repair", "a" },
-		{ "record", "--seconds", "1", "x.csv" }, { "record", "--connect", "h", "--seconds", "1" } };
+		{ "info", "a", "--top", "-1" }, { "info", "a", "--top", "010" }, { "info", "a", "--top", "0x10" },
+		{ "info", "a", "--top", "99999999999999999999" }, { "check", "a", "--frame", "<=1", "--percentile", "nan" },
+		{ "check", "a", "--frame", "<=1", "--percentile", "100.1" },
+		{ "check", "a", "--frame", "<=1", "--percentile", "-1" }, { "convert", "a", "b.json", "--period", "nan" },
+		{ "convert", "a", "b.json", "--period", "0" }, { "convert", "a", "b.json", "--sample-time", "inf" },
+		{ "record", "--connect", "h", "--frames", "0", "x.csv" },
+		{ "record", "--connect", "h", "--frames", "1e3", "x.csv" }, { "record", "--seconds", "1", "x.csv" },
+		{ "record", "--connect", "h", "--seconds", "1" } };
 	for ( const std::vector<std::string> &arguments : wrong )
 	{
 		const KestoRun run = RunKestoProgram( arguments );

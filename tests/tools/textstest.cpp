@@ -45,6 +45,34 @@ TEST( ErrorLine, IsOneLineWhateverIsInIt )
 	EXPECT_EQ( FormatErrorLine( "a\nb\x1B", {}, "one\ntwo\r\x7F" ), "kesto: a; b?: one; two??" );
 }
 
+TEST( ErrorLine, ShowsNoCharacterThatControlsTheTerminal )
+{
+	// An 8-bit escape (U+009B), and a character that turns the direction of what follows it (U+202E).
+	EXPECT_EQ( FormatErrorLine( "a\xC2\x9B"
+								"31m",
+				   {},
+				   "\xE2\x80\xAE"
+				   "txt" ),
+		"kesto: a?31m: ?txt" );
+}
+
+TEST( Texts, OneLineKeepsEveryOtherCharacter )
+{
+	EXPECT_EQ( OneLine( "a\tb\x1B[1m\x7F" ), "a?b?[1m?" );
+	EXPECT_EQ( OneLine( "\xC2\xA0\xC3\xA9\xE2\x82\xAC\xE2\x80\xA7" ), "\xC2\xA0\xC3\xA9\xE2\x82\xAC\xE2\x80\xA7" );
+	EXPECT_EQ( OneLine( "\xE2\x80\x8E\xE2\x80\xA8\xE2\x81\xA6\xE2\x81\xA9" ), "????" );
+	EXPECT_EQ( OneLine( "\xE2\x80" ), "\xE2\x80" ) << "cut inside a character";
+}
+
+TEST( Texts, AreShortenedInTheirMiddleByCharacters )
+{
+	EXPECT_EQ( ShortenMiddle( "0123456789", 10 ), "0123456789" );
+	EXPECT_EQ( ShortenMiddle( "0123456789a", 10 ), "012...789a" );
+	EXPECT_EQ(
+		ShortenMiddle( "\xC3\xA9\xC3\xA9\xC3\xA9xxxxx\xC3\xB1\xC3\xB1", 7 ), "\xC3\xA9\xC3\xA9...\xC3\xB1\xC3\xB1" );
+	EXPECT_EQ( CountCharacters( "\xC3\xA9x\xE2\x82\xAC" ), 3u );
+}
+
 TEST( Texts, Latin1AndUtf8AreTurnedIntoEachOther )
 {
 	std::string latin1;
@@ -175,6 +203,17 @@ TEST_F( Progress, WithoutATotalShowsTheLabelAlone )
 	g_flNow += 1.0;
 	progress.Show( 1 );
 	EXPECT_EQ( TakeText(), "\rWork" );
+}
+
+TEST_F( Progress, ALongOrWildLabelStaysOnItsLine )
+{
+	CProgress progress( &m_Text, "Reading /" + std::string( 200, 'x' ) + "/\x1B]0;title\x07.kesto", 200 );
+	g_flNow += 1.0;
+	progress.Show( 100 );
+	const std::string text = TakeText();
+	EXPECT_LT( text.size(), 80u );
+	EXPECT_TRUE( text.starts_with( "\rReading /xxx" ) ) << text;
+	EXPECT_TRUE( text.ends_with( "/?]0;title?.kesto 50%" ) ) << text;
 }
 
 TEST_F( Progress, WithoutATerminalDoesNothing )

@@ -9,6 +9,7 @@
 #include "tools/convert/text.h"
 #include "tools/errorline.h"
 #include "tools/loadedrecording.h"
+#include "tools/numberoption.h"
 #include "tools/outputfile.h"
 #include "tools/progress.h"
 
@@ -223,7 +224,7 @@ void AddConvertCommand( CLI::App &app, CommandContext &context )
 			->type_name( "NAME" );
 	command.add_option( "--period", pArguments->m_flPeriod, "Frames of so many milliseconds" )
 		->type_name( "MS" )
-		->check( CLI::Range( 0.001, 1e12 ) )
+		->check( NumberBetween( 0.001, 1e12 ) )
 		->excludes( pFrame );
 	command
 		.add_option( "--thread", pArguments->m_Threads, "Take only this thread, named by name or id; may be repeated" )
@@ -240,5 +241,5 @@ void AddConvertCommand( CLI::App &app, CommandContext &context )
 		.add_option( "--sample-time", pArguments->m_flSampleTime,
 			"How many microseconds a sample stands for, where the input does not say so" )
 		->type_name( "US" )
-		->check( CLI::Range( 1e-3, 1e12 ) );
+		->check( NumberBetween( 0.001, 1e12 ) );
 }
