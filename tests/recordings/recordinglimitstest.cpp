@@ -1,9 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <functional>
-#include <string>
-
 #include "tests/recordings/recordingreaders.h"
 #include "tests/recordings/recordingwriter.h"
 
@@ -120,84 +116,5 @@ TEST( RecordingLimits, LinkingANodeBeforeEachRecordCostsNoMoreThanReadingIt )
 	EXPECT_TRUE( reader.m_bGood );
 	EXPECT_EQ( pFile->GetSum( 0 ).m_nCalls, 200u );
 	EXPECT_EQ( pFile->GetSum( nNodes - 1 ).m_nCalls, 1u );
-}
-#if defined( __SANITIZE_ADDRESS__ ) || defined( __SANITIZE_THREAD__ )
-constexpr bool COUNTS_MEMORY = false; // sanitizers keep what was freed
-#elif defined( __has_feature )
-constexpr bool COUNTS_MEMORY = !__has_feature( address_sanitizer ) && !__has_feature( thread_sanitizer );
-#else
-constexpr bool COUNTS_MEMORY = true;
-#endif
-
-// Of this process, bytes. pName: "VmRSS" now, "VmHWM" at most since the last reset.
-int64_t ReadMemory( const std::string &name )
-{
-	std::ifstream status( "/proc/self/status" );
-	for ( std::string line; std::getline( status, line ); )
-		if ( line.starts_with( name + ":" ) )
-			return std::stoll( line.substr( name.size() + 1 ) ) * 1024;
-	return -1;
-}
-
-// What a recording of BYTES / 4 needs at most while it is parsed.
-int64_t PeakOf( const std::vector<uint8_t> &bytes )
-{
-	std::ofstream( "/proc/self/clear_refs" ) << "5"; // the highest value starts anew
-	const int64_t nBefore = ReadMemory( "VmRSS" );
-	CKestoMemoryReader reader( bytes );
-	const CRefPtr<CKestoFile> pFile = ParseRecording( reader );
-	return ReadMemory( "VmHWM" ) - nBefore;
-}
-
-TEST( RecordingLimits, MemoryIs64MebibytesAnd16BytesPerByteAtMost )
-{
-	if ( !COUNTS_MEMORY )
-		GTEST_SKIP() << "memory cannot be counted in this build";
-	const struct
-	{
-		const char *m_pName;
-		std::function<void( CRecordingWriter &, int32_t )> m_Append; // called until there is enough
-	} rows[] = {
-		{ "empty frames", []( CRecordingWriter &writer, int32_t ) { writer.BeginFrame().EndFrame(); } },
-		{ "frames of one entry",
-			[]( CRecordingWriter &writer, int32_t ) { writer.BeginFrame().BeginTimings().Entry( 1, 1 ).EndFrame(); } },
-		{ "frames of one long entry", []( CRecordingWriter &writer, int32_t )
-			{ writer.BeginFrame().BeginTimings().Entry( 300, 1 ).EndFrame(); } },
-		{ "frames of two records", // so that they are walked
-			[]( CRecordingWriter &writer, int32_t )
-			{ writer.BeginFrame().BeginTimings().Entry( 1, 1 ).BeginTimings().Entry( 1, 1 ).EndFrame(); } },
-		{ "empty strings",
-			[]( CRecordingWriter &writer, int32_t n )
-			{
-				if ( n == 0 )
-					writer.BeginFrame();
-				writer.String( "", 0 );
-			} },
-		{ "nodes all over the ids",
-			[]( CRecordingWriter &writer, int32_t n )
-			{
-				if ( n == 0 )
-					writer.BeginFrame();
-				writer.Node( n * 4099 % LAST_ID, "", n * 4093 % LAST_ID );
-			} },
-		{ "a frame for each new node, with its timings",
-			[]( CRecordingWriter &writer, int32_t n )
-			{
-				writer.BeginFrame().Node( 0, "n", LAST_ID - n % 100000 ).BeginTimings();
-				for ( int32_t i = 0; i <= n + 1; i++ )
-					writer.Entry( 1, 1 );
-				writer.EndFrame();
-			} },
-	};
-	for ( const auto &row : rows )
-	{
-		CRecordingWriter writer = CRecordingWriter().Header();
-		for ( int32_t n = 0; writer.m_Bytes.size() < BYTES / 4; n++ )
-			row.m_Append( writer, n );
-		writer.m_Bytes.shrink_to_fit();
-		EXPECT_LE(
-			PeakOf( writer.m_Bytes ), ( int64_t{ 64 } << 20 ) + 16 * static_cast<int64_t>( writer.m_Bytes.size() ) )
-			<< row.m_pName;
-	}
 }
 } // namespace

@@ -1,0 +1,223 @@
+// What a file makes a program take from the heap, however it is made: at most 16 MiB for 100 bytes, at most 64 MiB and
+// 16 bytes for each byte otherwise.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <streambuf>
+#include <string>
+#include <vector>
+
+#include "recordings/kestomemoryreader.h"
+#include "recordings/noderows.h"
+#include "tests/bounds/countedmemory.h"
+#include "tests/recordings/recordingcorpus.h"
+#include "tests/recordings/recordingwriter.h"
+#include "tests/tools/kestorun.h"
+#include "tools/command.h"
+
+namespace
+{
+constexpr int32_t LAST_ID = 1048575;
+constexpr size_t SHORT = 100; // bytes
+
+int64_t LimitOf( size_t nBytes )
+{
+	constexpr int64_t MEBIBYTE = 1 << 20;
+	return nBytes <= SHORT ? 16 * MEBIBYTE : 64 * MEBIBYTE + 16 * static_cast<int64_t>( nBytes );
+}
+
+int64_t PeakOf( const std::function<void()> &work )
+{
+	const int64_t nBefore = countedmemory::Now();
+	countedmemory::ResetPeak();
+	work();
+	return countedmemory::Peak() - nBefore;
+}
+
+// Keeps nothing: what is printed does not count as what printing it takes.
+class CNowhere final : public std::streambuf
+{
+protected:
+	int_type overflow( int_type c ) override { return traits_type::not_eof( c ); }
+	std::streamsize xsputn( const char *, std::streamsize nBytes ) override { return nBytes; }
+};
+
+void RunCommand( std::vector<const char *> arguments )
+{
+	CNowhere nowhere;
+	std::ostream output( &nowhere );
+	std::ostream errors( &nowhere );
+	CommandContext context{ output, errors, nullptr };
+	arguments.insert( arguments.begin(), "kesto" );
+	RunKesto( static_cast<int>( arguments.size() ), arguments.data(), context );
+}
+
+std::vector<std::vector<const char *>> CommandsOn( const char *pPath )
+{
+	std::vector<std::vector<const char *>> commands = {
+		{ "info", pPath },
+		{ "info", pPath, "--json", "--top", "1000000000" },
+		{ "dump", pPath },
+		{ "frames", pPath },
+		{ "nodes", pPath },
+		{ "compare", pPath, pPath },
+		{ "check", pPath, "--frame", "<=1" },
+		{ "repair", pPath, "-" },
+	};
+	for ( const char *pTo : { "kesto", "chrome", "speedscope", "folded", "csv" } )
+		commands.push_back( { "convert", pPath, "-", "--to", pTo } );
+	for ( const char *pFrom : { "chrome", "speedscope", "folded", "perf" } )
+		commands.push_back( { "convert", pPath, "-", "--from", pFrom, "--to", "kesto", "--period", "0.001" } );
+	return commands;
+}
+
+std::string ShowArguments( const std::vector<const char *> &arguments )
+{
+	std::string text;
+	for ( const char *pArgument : arguments )
+		text.append( text.empty() ? "" : " " ).append( pArgument );
+	return text;
+}
+
+void ExpectBounded( const CTestFolder &folder, const std::string &name, const std::vector<uint8_t> &bytes )
+{
+	SCOPED_TRACE( name );
+	const int64_t nLimit = LimitOf( bytes.size() );
+	EXPECT_LE( PeakOf(
+				   [&]
+				   {
+					   CKestoMemoryReader reader( bytes );
+					   const auto pFile = CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
+					   const NodeRows rows( *pFile );
+				   } ),
+		nLimit );
+	const std::string path = folder.Write( "input", bytes );
+	for ( const std::vector<const char *> &arguments : CommandsOn( path.c_str() ) )
+		EXPECT_LE( PeakOf( [&] { RunCommand( arguments ); } ), nLimit ) << ShowArguments( arguments );
+}
+
+std::vector<uint8_t> ReadBytes( const std::filesystem::path &path )
+{
+	std::ifstream file( path, std::ios::binary );
+	return { std::istreambuf_iterator<char>( file ), {} };
+}
+
+class Memory : public testing::Test
+{
+protected:
+	void SetUp() override
+	{
+		if ( !countedmemory::IsCounted() )
+			GTEST_SKIP() << "this build has another heap";
+	}
+
+	CTestFolder m_Folder;
+};
+
+TEST_F( Memory, IsCounted )
+{
+	EXPECT_GE( PeakOf( [] { std::vector<char> bytes( 1 << 20 ); } ), 1 << 20 );
+	EXPECT_LT( PeakOf( [] {} ), 1 << 10 );
+	std::vector<char> kept( 1 << 20 );
+	EXPECT_LT( PeakOf( [] {} ), 1 << 10 ) << "what was there before does not count";
+}
+
+TEST_F( Memory, OfEveryInputOfTheCorporaIsBounded )
+{
+	int nInputs = 0;
+	for ( const char *pCorpus :
+		{ "recording", "convert_chrome", "convert_folded", "convert_perf", "convert_speedscope" } )
+		for ( const auto &entry :
+			std::filesystem::directory_iterator( std::filesystem::path( FUZZ_CORPUS ) / pCorpus ) )
+		{
+			std::vector<uint8_t> bytes = ReadBytes( entry.path() );
+			ExpectBounded( m_Folder, entry.path(), bytes );
+			bytes.resize( std::min( bytes.size(), SHORT ) );
+			ExpectBounded( m_Folder, entry.path().string() + " cut", bytes );
+			nInputs++;
+		}
+	EXPECT_GT( nInputs, 40 );
+}
+
+// Made to take as much as so few bytes can.
+TEST_F( Memory, OfAHundredBytesIsSmallWhateverTheySay )
+{
+	CRecordingWriter lastRoot = CRecordingWriter().Header( LAST_ID );
+	while ( lastRoot.m_Bytes.size() + 10 <= SHORT )
+		lastRoot.BeginFrame().BeginTimings().Entry( 255, 70000 ).EndFrame();
+	ExpectBounded( m_Folder, "frames with a root at the last id", lastRoot.m_Bytes );
+
+	CRecordingWriter spread = CRecordingWriter().Header( LAST_ID ).BeginFrame();
+	for ( int32_t i = 0; spread.m_Bytes.size() + 18 <= SHORT; i++ )
+		spread.Node( LAST_ID - 2 * i * 5000, "", LAST_ID - ( 2 * i + 1 ) * 5000 );
+	ExpectBounded( m_Folder, "nodes all over the ids", spread.BeginTimings().Entry( 1, 1 ).EndFrame().m_Bytes );
+
+	for ( const char *pText : {
+			  R"([{"ph":"X","name":"a","ts":0,"dur":1e12},{"ph":"X","name":"b","ts":-9e12,"dur":9e14}])",
+			  R"({"profiles":[{"type":"sampled","samples":[[0]],"weights":[1e300]}],"shared":{"frames":[{}]}})",
+			  "a;b;c;d;e;f;g;h 9223372036854775807\na;a;a;a;a;a;a;a;a 9223372036854775807\n",
+			  "x 1 0.000001: 1 cpu-clock:\n\tffff a (b)\n\nx 1 99999999.9: 1 cpu-clock:\n\tffff a (b)\n",
+		  } )
+		ExpectBounded( m_Folder, pText, ToBytes( pText ) );
+}
+
+struct LargeRecording
+{
+	const char *m_pName;
+	std::function<void( CRecordingWriter &, int32_t )> m_Append; // called until there is enough
+};
+
+const LargeRecording LARGE_RECORDINGS[] = {
+	{ "empty frames", []( CRecordingWriter &writer, int32_t ) { writer.BeginFrame().EndFrame(); } },
+	{ "frames of one entry",
+		[]( CRecordingWriter &writer, int32_t ) { writer.BeginFrame().BeginTimings().Entry( 1, 1 ).EndFrame(); } },
+	{ "frames of one long entry",
+		[]( CRecordingWriter &writer, int32_t ) { writer.BeginFrame().BeginTimings().Entry( 300, 1 ).EndFrame(); } },
+	{ "frames of two records", // so that they are walked
+		[]( CRecordingWriter &writer, int32_t )
+		{ writer.BeginFrame().BeginTimings().Entry( 1, 1 ).BeginTimings().Entry( 1, 1 ).EndFrame(); } },
+	{ "empty strings",
+		[]( CRecordingWriter &writer, int32_t n )
+		{
+			if ( n == 0 )
+				writer.BeginFrame();
+			writer.String( "", 0 );
+		} },
+	{ "nodes all over the ids",
+		[]( CRecordingWriter &writer, int32_t n )
+		{
+			if ( n == 0 )
+				writer.BeginFrame();
+			writer.Node( n * 4099 % LAST_ID, "", n * 4093 % LAST_ID );
+		} },
+	{ "a frame for each new node, with its timings",
+		[]( CRecordingWriter &writer, int32_t n )
+		{
+			writer.BeginFrame().Node( 0, "n", LAST_ID - n % 100000 ).BeginTimings();
+			for ( int32_t i = 0; i <= n + 1; i++ )
+				writer.Entry( 1, 1 );
+			writer.EndFrame();
+		} },
+};
+
+TEST_F( Memory, OfAParsedRecordingIs64MebibytesAnd16BytesPerByteAtMost )
+{
+	constexpr size_t BYTES = 4 << 20;
+	for ( const LargeRecording &recording : LARGE_RECORDINGS )
+	{
+		CRecordingWriter writer = CRecordingWriter().Header();
+		for ( int32_t n = 0; writer.m_Bytes.size() < BYTES; n++ )
+			recording.m_Append( writer, n );
+		const int64_t nPeak = PeakOf(
+			[&]
+			{
+				CKestoMemoryReader reader( writer.m_Bytes );
+				CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
+			} );
+		EXPECT_LE( nPeak, LimitOf( writer.m_Bytes.size() ) ) << recording.m_pName;
+	}
+}
+} // namespace
