@@ -16,18 +16,38 @@ CChromeHandler::CChromeHandler( CJsonInput &input, CTrace &trace )
 {
 }
 
+// A short text as one number, so that keys are told apart by a single comparison. Longer ones are told apart by their
+// length only.
+static constexpr uint64_t Packed( std::string_view text )
+{
+	uint64_t nPacked = text.size(); // so that bytes of 0 count, too
+	if ( text.size() <= 4 )
+		for ( const char c : text )
+			nPacked = nPacked << 8 | static_cast<unsigned char>( c );
+	return nPacked;
+}
+
 CChromeHandler::Field CChromeHandler::FieldOf( std::string_view key )
 {
-	if ( key.size() == 2 )
-		return key == "ph" ? Field::Phase : key == "ts" ? Field::Time : Field::Other;
-	if ( key.size() == 3 )
-		return key == "pid"   ? Field::Process
-			   : key == "tid" ? Field::Thread
-			   : key == "dur" ? Field::Duration
-							  : Field::Other;
-	if ( key.size() == 4 )
-		return key == "name" ? Field::Name : key == "args" ? Field::Arguments : Field::Other;
-	return Field::Other;
+	switch ( Packed( key ) )
+	{
+		case Packed( "ph" ):
+			return Field::Phase;
+		case Packed( "ts" ):
+			return Field::Time;
+		case Packed( "pid" ):
+			return Field::Process;
+		case Packed( "tid" ):
+			return Field::Thread;
+		case Packed( "dur" ):
+			return Field::Duration;
+		case Packed( "name" ):
+			return Field::Name;
+		case Packed( "args" ):
+			return Field::Arguments;
+		default:
+			return Field::Other;
+	}
 }
 
 bool CChromeHandler::Key( const char *pText, rapidjson::SizeType nLength, bool )

@@ -49,6 +49,7 @@ bool ConvertTrace( CInputStream &input, const ConversionOptions &options, CRepor
 	ImportProblem &problem )
 {
 	CTrace trace( report, options.m_SpoolFolder, options.m_nRunEvents );
+	trace.m_Spool.Expect( input.Size() );
 	if ( !Import( input, options, trace, problem ) )
 		return false;
 	CTraceTexts texts( trace.m_Names );

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <span>
 
+#include "recordings/hugepages.h"
+
 namespace convert
 {
 static constexpr size_t WINDOWS_EVENTS = CEventSpool::RUN_EVENTS; // of all runs together
@@ -25,12 +27,17 @@ CEventSpool::~CEventSpool()
 		close( m_nFile );
 }
 
+void CEventSpool::Expect( int64_t nInputBytes )
+{
+	const auto nEvents = static_cast<size_t>( std::max<int64_t>( nInputBytes, 0 ) ) / sizeof( TraceEvent );
+	m_Events.reserve( std::min( nEvents, m_nRunEvents ) );
+	PreferHugePages( m_Events.data(), m_Events.capacity() * sizeof( TraceEvent ) );
+}
+
 bool CEventSpool::Add( const TraceEvent &event )
 {
 	if ( m_Events.size() == m_nRunEvents && !WriteRun() )
 		return false;
-	if ( m_Events.capacity() == 0 )
-		m_Events.reserve( m_nRunEvents ); // takes memory only where it is written to, and is never copied
 	m_bSorted = m_bSorted && ( m_Events.empty() || m_Events.back().m_nTime <= event.m_nTime );
 	m_Events.push_back( event );
 	m_nCount++;

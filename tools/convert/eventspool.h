@@ -23,6 +23,10 @@ public:
 	CEventSpool( const CEventSpool & ) = delete;
 	CEventSpool &operator=( const CEventSpool & ) = delete;
 
+	// Before the first Add, for an input of that length (-1 = it is not known): the events of most inputs take no more
+	// memory than that, and are then never copied because there are more of them.
+	void Expect( int64_t nInputBytes );
+
 	bool Add( const TraceEvent &event ); // false, here and below: Problem() says why
 	bool BeginReading();                 // after the last Add; once
 	const TraceEvent *Next();            // valid until the next call; null at the end and on a problem

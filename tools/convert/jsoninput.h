@@ -4,6 +4,9 @@
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
+#include <array>
+#include <cstring>
+
 #include "tools/convert/inputstream.h"
 
 namespace convert
@@ -29,6 +32,21 @@ public:
 			Refill();
 		return c;
 	}
+	// What is ahead in a string up to its end, an escape, an error, or where the window ends.
+	std::string_view PlainText() const
+	{
+		const char *p = m_pNext;
+		while ( p != m_pEnd && IS_PLAIN[static_cast<unsigned char>( *p )] )
+			p++;
+		return { m_pNext, static_cast<size_t>( p - m_pNext ) };
+	}
+	void TakePlainText( size_t nBytes )
+	{
+		m_pNext += nBytes;
+		if ( m_pNext >= m_pEnd )
+			Refill();
+	}
+
 	size_t Tell() const { return static_cast<size_t>( Position() ); }
 	Ch *PutBegin() { return nullptr; } // nothing is written back
 	void Put( Ch ) {}
@@ -57,6 +75,14 @@ public:
 	}
 
 private:
+	static constexpr std::array<bool, 256> IS_PLAIN = []
+	{
+		std::array<bool, 256> isPlain{};
+		for ( size_t i = 0x20; i < isPlain.size(); i++ )
+			isPlain[i] = i != '"' && i != '\\';
+		return isPlain;
+	}();
+
 	void Follow()
 	{
 		if ( m_pInput->Window().empty() )
@@ -73,9 +99,11 @@ private:
 		Follow();
 	}
 
+	// In this order: a copy reads the first two at once, and would wait for the last one where it has just been
+	// written.
 	CInputStream *m_pInput;
-	const char *m_pNext = nullptr; // in the input's window, which has a 0 behind it
-	const char *m_pEnd = nullptr;
+	const char *m_pEnd = nullptr;  // of the input's window, which has a 0 behind it
+	const char *m_pNext = nullptr; // in it
 };
 
 // Numbers come as they are written, so that none is rounded. The reader calls itself for nested values, so handlers
@@ -93,6 +121,20 @@ struct rapidjson::StreamTraits<convert::CJsonInput>
 		copyOptimization = 1
 	};
 };
+
+// Strings are most of a trace. What of them is not escaped is copied at once; the reader by itself does so only for
+// texts that are in memory as a whole.
+template <>
+template <>
+inline void rapidjson::Reader::ScanCopyUnescapedString(
+	convert::CJsonInput &input, rapidjson::Reader::StackStream<char> &output )
+{
+	const std::string_view text = input.PlainText();
+	if ( text.empty() )
+		return;
+	std::memcpy( output.Push( static_cast<rapidjson::SizeType>( text.size() ) ), text.data(), text.size() );
+	input.TakePlainText( text.size() );
+}
 
 // Copying the stream and taking it back costs more than there usually is to skip.
 template <>

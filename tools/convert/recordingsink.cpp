@@ -34,14 +34,18 @@ bool CRecordingSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes>
 	for ( const int32_t nNode : m_Order )
 	{
 		WriteEntry( times[static_cast<size_t>( nNode )] );
-		if ( m_Writer.m_Bytes.size() >= FLUSH_SIZE )
-		{
-			m_bGood = m_bGood && m_Output( m_Writer.m_Bytes );
-			m_Writer.m_Bytes.clear();
-		}
+		FlushWhenLong();
 	}
 	m_Writer.EndFrame();
 	return m_bGood;
+}
+
+void CRecordingSink::FlushWhenLong()
+{
+	if ( m_Writer.m_Bytes.size() < FLUSH_SIZE )
+		return;
+	m_bGood = m_bGood && m_Output( m_Writer.m_Bytes );
+	m_Writer.m_Bytes.clear();
 }
 
 bool CRecordingSink::Finish()
@@ -100,6 +104,7 @@ void CRecordingSink::DefineNode( const CCallTree &tree, int32_t nNode )
 		m_Report.Add( Note::NameCut );
 	const int32_t nParent = nNode == CCallTree::ROOT ? record.m_nRootParent : RecordOf( tree, node.m_nParent ).m_nId;
 	m_Writer.Node( nParent, name, record.m_nValue, record.m_nId );
+	FlushWhenLong();
 	if ( nNode == CCallTree::ROOT )
 		return;
 	LinkOf( nNode ).m_nNextSibling = LinkOf( node.m_nParent ).m_nFirstChild;

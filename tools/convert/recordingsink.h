@@ -50,6 +50,7 @@ private:
 	void DefineNodes( const CCallTree &tree );
 	void DefineNode( const CCallTree &tree, int32_t nNode );
 	void CollectOrder( const CCallTree &tree );
+	void FlushWhenLong();
 	void WriteEntry( const NodeTimes &times );
 
 	INodeTexts &m_Texts;
