@@ -9,7 +9,10 @@
 
 namespace convert
 {
-CInputStream::CInputStream() = default;
+CInputStream::CInputStream( size_t nWindowSize )
+	: m_nWindowSize( nWindowSize )
+{
+}
 
 CInputStream::~CInputStream()
 {
@@ -33,7 +36,7 @@ bool CInputStream::Open( const std::string &path )
 	}
 	if ( S_ISREG( status.st_mode ) )
 		m_nSize = status.st_size;
-	m_Buffer.resize( WINDOW_SIZE + 1 );
+	m_Buffer.resize( m_nWindowSize + 1 );
 	m_pNext = m_pEnd = m_Buffer.data();
 	return true;
 }
@@ -64,7 +67,7 @@ bool CInputStream::Rewind()
 bool CInputStream::More()
 {
 	const size_t nLeft = static_cast<size_t>( m_pEnd - m_pNext );
-	if ( m_bEnded || IsAtLimit() || nLeft == WINDOW_SIZE )
+	if ( m_bEnded || IsAtLimit() || nLeft == m_nWindowSize )
 		return false;
 	std::memmove( m_Buffer.data(), m_pNext, nLeft );
 	m_pNext = m_Buffer.data();
@@ -79,7 +82,7 @@ bool CInputStream::ReadMore()
 	const size_t nLeft = static_cast<size_t>( m_pEnd - m_pNext );
 	ssize_t nRead = 0;
 	do
-		nRead = read( m_nFile, m_Buffer.data() + nLeft, WINDOW_SIZE - nLeft );
+		nRead = read( m_nFile, m_Buffer.data() + nLeft, m_nWindowSize - nLeft );
 	while ( nRead < 0 && errno == EINTR );
 	if ( nRead < 0 )
 		m_Problem = std::strerror( errno );

@@ -12,12 +12,12 @@ namespace convert
 class CInputStream
 {
 public:
-	static constexpr size_t WINDOW_SIZE = 1 << 18; // bytes
+	static constexpr size_t WINDOW_SIZE = 1 << 18; // bytes, unless told otherwise
 
 	// Told the position now and then.
 	using Progress = std::function<void( int64_t nPosition )>;
 
-	CInputStream();
+	explicit CInputStream( size_t nWindowSize = WINDOW_SIZE );
 	~CInputStream();
 	CInputStream( const CInputStream & ) = delete;
 	CInputStream &operator=( const CInputStream & ) = delete;
@@ -30,10 +30,11 @@ public:
 	bool Rewind();                           // to the start; false where the input is no file
 
 	// The bytes ahead, with a 0 behind them; empty at the end. Skip takes bytes of the window; More makes it longer by
-	// what the input has, up to WINDOW_SIZE, and is false when there is nothing more or the window is full.
+	// what the input has, up to WindowSize(), and is false when there is nothing more or the window is full.
 	std::string_view Window() const { return { m_pNext, static_cast<size_t>( m_pEnd - m_pNext ) }; }
 	void Skip( size_t nBytes ) { m_pNext += nBytes; }
 	bool More();
+	size_t WindowSize() const { return m_nWindowSize; } // bytes
 
 	// What lies behind this position is not read before the limit is raised: the input seems to end somewhat behind it.
 	void SetLimit( int64_t nPosition ) { m_nLimit = nPosition; }
@@ -45,6 +46,7 @@ public:
 private:
 	bool ReadMore();
 
+	const size_t m_nWindowSize;
 	const char *m_pNext = nullptr; // of the window, or of the whole memory
 	const char *m_pEnd = nullptr;
 	int64_t m_nWindowEnd = 0; // position of m_pEnd

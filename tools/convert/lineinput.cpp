@@ -25,7 +25,7 @@ bool CLineInput::Next( std::string_view &line )
 	if ( m_Input.Window().empty() )
 		return false;
 	m_bTerminated = nEnd != std::string_view::npos;
-	m_bDropRest = !m_bTerminated && line.size() == CInputStream::WINDOW_SIZE;
+	m_bDropRest = !m_bTerminated && line.size() == m_Input.WindowSize();
 	m_nLineSize = line.size() + m_bTerminated;
 	if ( line.ends_with( '\r' ) )
 		line.remove_suffix( 1 );
