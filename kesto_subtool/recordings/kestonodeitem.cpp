@@ -32,6 +32,8 @@ QVariant CKestoNodeItem::data( int nColumn, int nRole ) const
 		return GetFigureText( nColumn );
 	if ( nRole == Qt::ToolTipRole && nColumn == COLUMN_INCLUSIVE && m_bHasToolTip )
 		return NodeToolTip( m_File, m_nNode );
+	if ( nRole == Qt::ToolTipRole && nColumn == COLUMN_NAME ) // where the column cuts it off
+		return ToolTipText( NodeNameText( m_File, m_nNode ) );
 	return QTreeWidgetItem::data( nColumn, nRole );
 }
 

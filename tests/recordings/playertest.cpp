@@ -436,6 +436,7 @@ TEST_F( Player, NamesAreShownAsTheyStand )
 		const int nRow = static_cast<int>( names.size() - 1 - i ); // chains are in the reverse order
 		const QTreeWidgetItem &item = *tree.topLevelItem( nRow );
 		EXPECT_EQ( item.text( 0 ), name );
+		EXPECT_EQ( ShownText( item.toolTip( 0 ) ), name );
 		EXPECT_EQ( static_cast<QStyledItemDelegate *>( tree.itemDelegate() )->displayText( item.text( 0 ), {} ), name );
 		EXPECT_EQ( ShownText( bars[static_cast<size_t>( nRow + 1 )]->toolTip() ), name );
 	}

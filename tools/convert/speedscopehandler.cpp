@@ -124,6 +124,8 @@ bool CSpeedscopeHandler::StartArray()
 		m_nStack = CStackTable::EMPTY_STACK;
 		m_bGoodStack = true;
 	}
+	if ( m_nDepth == WEIGHT && IsIn( Member::Profiles, Member::Weights ) )
+		m_nWeightsOffset = m_Input.Position() - 1;
 	return true;
 }
 
@@ -280,7 +282,7 @@ void CSpeedscopeHandler::AddWeight( std::string_view text )
 		bGood = m_Weight.Parse( text, MICROSECONDS, event );
 	event.m_nName = bGood ? 0 : NO_NAME;
 	if ( m_nWeights < m_Stacks.size() )
-		EmitSample( m_Stacks[m_nWeights], event, m_Input.Position() );
+		EmitSample( m_Stacks[m_nWeights], event, m_nWeightsOffset );
 	else
 		m_Weights.push_back( event );
 	m_nWeights++;

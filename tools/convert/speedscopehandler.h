@@ -107,6 +107,7 @@ private:
 	std::vector<TraceEvent> m_Weights;
 	size_t m_nStacks = 0; // that were read
 	size_t m_nWeights = 0;
-	int64_t m_nNow = 0; // where the next sample begins
+	int64_t m_nWeightsOffset = 0; // of their list; inside a number the reader works on a copy of the input
+	int64_t m_nNow = 0;           // where the next sample begins
 };
 } // namespace convert
