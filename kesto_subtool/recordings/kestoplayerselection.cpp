@@ -59,8 +59,8 @@ CKestoNodeItem *CQKestoPlayerWidget::GetItemOf( int32_t nNode ) const
 	return nRow < 0 ? nullptr : m_NodeItems[static_cast<size_t>( nRow )];
 }
 
-// By row. The tree is asked once for everything that is selected: asking it row by row is quadratic when a large tree is
-// selected as a whole.
+// By row. The tree is asked once for everything that is selected: asking it row by row is quadratic when a large tree
+// is selected as a whole.
 std::vector<bool> CQKestoPlayerWidget::GetSelectedRows() const
 {
 	std::vector<bool> isSelected( m_NodeItems.size() );
