@@ -1,13 +1,13 @@
 // The player's selection: tree, flame graph and filter.
 #include <QCursor>
 #include <QLineEdit>
-#include <QRegExp>
 #include <QToolTip>
 #include <QTreeWidget>
 
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestonodeitem.h"
 #include "recordings/kestoplayerwidget.h"
+#include "recordings/namefilter.h"
 
 static constexpr size_t MAX_FILTERED = 200; // items that a filter selects at most
 
@@ -19,13 +19,13 @@ static void ExpandAncestors( const QTreeWidgetItem &item )
 
 void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
 {
-	const QRegExp pattern( text, Qt::CaseInsensitive, QRegExp::Wildcard );
+	const CNameFilter filter( text );
 	const std::vector<bool> isSelected = GetSelectedRows();
 	std::vector<CKestoNodeItem *> toDeselect;
 	std::vector<CKestoNodeItem *> toSelect;
 	for ( size_t i = 1; i < m_NodeItems.size(); i++ )
 	{
-		const bool bMatches = pattern.indexIn( m_NodeItems[i]->text( CKestoNodeItem::COLUMN_NAME ) ) >= 0;
+		const bool bMatches = filter.Matches( m_NodeItems[i]->text( CKestoNodeItem::COLUMN_NAME ) );
 		if ( bMatches != isSelected[i] )
 			( bMatches ? toSelect : toDeselect ).push_back( m_NodeItems[i] );
 	}

@@ -27,6 +27,7 @@
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestoplayerwidget.h"
 #include "recordings/kestotexts.h"
+#include "recordings/namefilter.h"
 #include "tests/recordings/recordingreaders.h"
 #include "tests/recordings/recordingwriter.h"
 
@@ -255,6 +256,39 @@ TEST_F( Player, TheFilterSelectsWhatMatchesAndNothingElse )
 	EXPECT_FALSE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
 	Child<QLineEdit>().setText( "" );
 	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 3 ) << "an empty text matches every name";
+}
+
+TEST( NameFilter, MatchesWhatOneWildcardExpressionMatches )
+{
+	const QStringList names = { "", "a", "aB", "abc", "ba", "a*b", "aab", "bab[a]", "cab\nb", "x a-b", "[", "abab" };
+	const QString letters = "ab*?[]c";
+	int nMatches = 0;
+	for ( int nPattern = 0; nPattern < 7 * 7 * 7 * 7; nPattern++ )
+	{
+		QString pattern;
+		for ( int n = nPattern; n > 0; n /= 7 )
+			pattern += letters[n % 7];
+		if ( pattern.contains( "[]" ) )
+			continue; // where the expression itself is at odds with what it is given
+		const QRegExp expression( pattern, Qt::CaseInsensitive, QRegExp::Wildcard );
+		for ( const QString &name : names )
+		{
+			const bool bMatches = CNameFilter( pattern ).Matches( name );
+			EXPECT_EQ( bMatches, expression.indexIn( name ) >= 0 )
+				<< pattern.toStdString() << " in " << name.toStdString();
+			nMatches += bMatches;
+		}
+	}
+	EXPECT_GT( nMatches, 1000 );
+}
+
+// As one expression this takes minutes.
+TEST( NameFilter, ManyStarsInLongNamesCostNothing )
+{
+	const CNameFilter filter( QString( "*n" ).repeated( 40 ) + "*x" );
+	for ( int i = 0; i < 2000; i++ )
+		ASSERT_FALSE( filter.Matches( QString( 511, 'n' ) ) );
+	EXPECT_TRUE( filter.Matches( QString( 511, 'n' ) + "x" ) );
 }
 
 TEST_F( Player, AFilterThatMatchesMoreThan200ItemsChangesNothing )
