@@ -540,6 +540,22 @@ TEST( BudgetHistoryKeys, DoNothingWithoutSamples )
 	}
 }
 
+TEST( BudgetHistoryKeys, ASearchThatEndsOnTheScreenLeavesTheViewInPlace )
+{
+	Panel panel( 1000 );
+	panel.m_Owner.AddSample( { 90000 } ); // sample 1000, far slower than the others
+	panel.Add( static_cast<uint32_t>( panel.Visible() ) - 5 );
+	panel.m_Widget.SetCursorMode( true );
+	const int nLeftmost = panel.m_ScrollBar.value();
+	for ( const int nKey : { Qt::Key_M, Qt::Key_N } )
+	{
+		panel.Press( Qt::Key_End );
+		panel.Press( nKey );
+		EXPECT_EQ( panel.m_Widget.Cursor(), 1000u );
+		EXPECT_EQ( panel.m_ScrollBar.value(), nLeftmost );
+	}
+}
+
 TEST( BudgetHistoryKeys, AClickOnAViewBringsTheFocusToThem )
 {
 	Panel panel( 100 );
