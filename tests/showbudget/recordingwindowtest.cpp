@@ -1,5 +1,5 @@
-// Recordings in the window: opened by the host, and kept apart from live layouts. What may happen meanwhile is tested in
-// tests/events.
+// Recordings in the window: opened by the host, and kept apart from live layouts. What may happen meanwhile is tested
+// in tests/events.
 #include <QFileDialog>
 #include <QTemporaryDir>
 
@@ -14,10 +14,7 @@ namespace
 class RecordingWindowTest : public WindowTest
 {
 protected:
-	RecordingWindowTest()
-	{
-		m_Whole = WriteRecording( m_Folder, "whole.kesto", RecordingOf( 3, 3 ) );
-	}
+	RecordingWindowTest() { m_Whole = WriteRecording( m_Folder, "whole.kesto", RecordingOf( 3, 3 ) ); }
 
 	bool OpenByName( const QString &path )
 	{
