@@ -80,7 +80,8 @@ std::vector<uint8_t> MakeData( const std::vector<uint64_t> &ids, uint32_t nSeed 
 	return bytes.m_Bytes;
 }
 
-std::vector<uint8_t> MakeNames( const std::vector<uint64_t> &ids )
+// Names get at least nNameLength characters.
+std::vector<uint8_t> MakeNames( const std::vector<uint64_t> &ids, size_t nNameLength = 0 )
 {
 	CBytes bytes;
 	bytes.U64( 0 );
@@ -92,7 +93,9 @@ std::vector<uint8_t> MakeNames( const std::vector<uint64_t> &ids )
 	{
 		bytes.U64( ids[i] );
 		bytes.U64( 0 );
-		bytes.Text( "Scope number " + std::to_string( i ) );
+		std::string name = "Scope number " + std::to_string( i );
+		name.resize( std::max( name.size(), nNameLength ), 'n' );
+		bytes.Text( name );
 		bytes.Text( "Budget " + std::to_string( i % 24 ) + "\nCClass" + std::to_string( i % 400 ) + "::Method" +
 					std::to_string( i % 4000 ) + "\nC:\\Src\\Folder" + std::to_string( i % 40 ) + "\\File" +
 					std::to_string( i % 900 ) + ".cpp\n17\nproject" + std::to_string( i % 5 ) + "\n" );
@@ -109,11 +112,11 @@ void Fill( CMiniProfilerModel &model, const std::vector<uint64_t> &ids )
 			DecodeMiniProfilerChunk( data, model );
 }
 
-std::unique_ptr<CQMiniProfilerWidget> MakePanel( const std::vector<uint64_t> &ids )
+std::unique_ptr<CQMiniProfilerWidget> MakePanel( const std::vector<uint64_t> &ids, size_t nNameLength = 0 )
 {
 	auto pPanel = std::make_unique<CQMiniProfilerWidget>( nullptr );
 	pPanel->resize( 1920, 1080 );
-	pPanel->ReceiveChunk( MakeNames( ids ) );
+	pPanel->ReceiveChunk( MakeNames( ids, nNameLength ) );
 	for ( uint32_t i = 0; i < 128; i++ )
 		pPanel->ReceiveChunk( MakeData( ids, i % 4 ) );
 	pPanel->TakeWantedIds();
@@ -246,6 +249,21 @@ void PaintScreen( benchmark::State &state )
 		pTree->viewport()->render( &image );
 }
 BENCHMARK( PaintScreen )->Unit( benchmark::kMillisecond );
+
+// The same with 60 names of a million characters, behind a regeneration and a new layout of the view.
+void PaintLongNames( benchmark::State &state )
+{
+	const auto pPanel = MakePanel( MakeIds( 60 ), 1000000 );
+	auto *pTree = pPanel->findChild<QTreeWidget *>();
+	QImage image( pTree->viewport()->size(), QImage::Format_ARGB32_Premultiplied );
+	for ( auto _ : state )
+	{
+		pPanel->RegenerateDataView();
+		pTree->doItemsLayout();
+		pTree->viewport()->render( &image );
+	}
+}
+BENCHMARK( PaintLongNames )->Unit( benchmark::kMillisecond );
 
 void SwitchGroupMode( benchmark::State &state )
 {

@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QTreeWidgetItemIterator>
 #include <algorithm>
+#include <cmath>
 
 #include "miniprofiler/miniprofilermodel.h"
 #include "miniprofiler/miniprofilerrowitem.h"
@@ -64,6 +65,30 @@ void CQMiniProfilerTreeWidget::FitNames()
 	m_bFitting = true;
 	setColumnWidth( MINIPROFILER_NAME, std::max( nRest, m_nLongName ) );
 	m_bFitting = false;
+}
+
+// With the indentation, and with room for a group's count.
+int CQMiniProfilerTreeWidget::NameWidth( CMiniProfilerRow &row ) const
+{
+	constexpr int COUNT_WIDTH = 28;
+	int nLevels = rootIsDecorated() ? 1 : 0;
+	for ( const CMiniProfilerRow *pParent = row.m_pTreeParent; pParent; pParent = pParent->m_pTreeParent )
+		nLevels++;
+	return nLevels * indentation() + static_cast<int>( std::ceil( row.LaidOutName( font() ).size().width() ) ) +
+		   COUNT_WIDTH;
+}
+
+int CQMiniProfilerTreeWidget::sizeHintForColumn( int nColumn ) const
+{
+	const QFontMetrics metrics = fontMetrics();
+	const int nMargin = metrics.horizontalAdvance( 'x' );
+	int nWidth = 0;
+	for ( CMiniProfilerRow *pRow : VisibleRows() )
+		nWidth = std::max(
+			nWidth, nColumn == MINIPROFILER_NAME
+						? NameWidth( *pRow )
+						: metrics.horizontalAdvance( MiniProfilerNumberText( *pRow, nColumn, m_Numbers ).m_Text ) );
+	return nWidth + nMargin;
 }
 
 void CQMiniProfilerTreeWidget::OnSectionResized()
@@ -139,7 +164,7 @@ void CQMiniProfilerTreeWidget::SetSortKeys( const QTreeWidgetItem &parent, size_
 	for ( int i = 0; i < parent.childCount(); i++ )
 	{
 		auto &child = static_cast<CQMiniProfilerRowItem &>( *parent.child( i ) );
-		child.SetSortKey( child.Row().Array( m_SortArray )[nColumn] );
+		child.SetSortKey( child.Row().Array( m_Numbers.SortArray() )[nColumn] );
 		SetSortKeys( child, nColumn );
 	}
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "miniprofiler/miniprofilerrow.h"
+#include "miniprofiler/miniprofilertexts.h"
 
 class CMiniProfilerModel;
 class CQMiniProfilerRowItem;
@@ -22,8 +23,9 @@ public:
 	void SetContextMenu( QMenu *pMenu ) { m_pContextMenu = pMenu; }
 	void OpenContextMenu( const QPoint &ptGlobal ); // nothing when it is open
 
-	MiniProfilerSortArray SortArray() const { return m_SortArray; }
-	void SetSortArray( MiniProfilerSortArray array ) { m_SortArray = array; }
+	// What the number columns show, by which they are sorted and measured.
+	void SetNumbers( const MiniProfilerNumbers &numbers ) { m_Numbers = numbers; }
+	MiniProfilerSortArray SortArray() const { return m_Numbers.SortArray(); }
 	bool SortsByKeys() const { return m_bSortsByKeys; } // the items' keys are up to date
 
 	// Sets the header labels that differ; the user's column widths stay.
@@ -58,7 +60,8 @@ protected:
 	void mousePressEvent( QMouseEvent *pEvent ) override;
 	void keyPressEvent( QKeyEvent *pEvent ) override;
 	void resizeEvent( QResizeEvent *pEvent ) override;
-	void paintEvent( QPaintEvent *pEvent ) override; // without rows it says so
+	int sizeHintForColumn( int nColumn ) const override; // what the visible rows need
+	void paintEvent( QPaintEvent *pEvent ) override;     // without rows it says so
 
 private slots:
 	void OnSectionResized();
@@ -86,9 +89,10 @@ private:
 	bool IsInOrder( const QTreeWidgetItem &parent, bool bAscending ) const;
 	void SetSortKeys( const QTreeWidgetItem &parent, size_t nColumn ) const;
 	void FitNames();
+	int NameWidth( CMiniProfilerRow &row ) const;
 
 	QMenu *m_pContextMenu = nullptr;
-	MiniProfilerSortArray m_SortArray = MiniProfilerSortArray::Ave;
+	MiniProfilerNumbers m_Numbers;
 	bool m_bSortsByKeys = false;
 	int m_nLongName = 0;        // pixels that names get at least
 	bool m_bUserWidths = false; // a column's width was set by the user

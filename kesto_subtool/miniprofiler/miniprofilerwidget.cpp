@@ -80,7 +80,7 @@ void CQMiniProfilerWidget::RegenerateDataView()
 	m_pTree->setUpdatesEnabled( false );
 	const MiniProfilerNumbers numbers = ReadNumbers();
 	m_pDelegate->SetNumbers( numbers );
-	m_pTree->SetSortArray( numbers.SortArray() );
+	m_pTree->SetNumbers( numbers );
 	m_pTree->SetHeaderTexts( MiniProfilerHeaderLabels( numbers.m_Unit.m_Unit, m_Interval ) );
 
 	m_Model.ComputeStatistics( numbers.m_bPeaks || m_pDelegate->Display().m_bDrawPeaks );
