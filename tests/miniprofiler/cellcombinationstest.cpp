@@ -10,7 +10,7 @@
 
 namespace
 {
-constexpr QRect CELL( 20, 40, 209, 18 ); // x 20..228, y 40..57
+constexpr QRect COMBINED_CELL( 20, 40, 209, 18 ); // x 20..228, y 40..57
 
 // Multiples of it divide without a remainder worth a pixel at either width of the bar's area: 200 with peaks, 207
 // without.
@@ -82,7 +82,7 @@ private:
 	void Background()
 	{
 		if ( ShowsColour() )
-			m_Ops.push_back( PaintOp::FillRect( CELL, Qt::green ) );
+			m_Ops.push_back( PaintOp::FillRect( COMBINED_CELL, Qt::green ) );
 		const QColor fill = m_Combination.m_bSelected ? m_Colours.m_SelectedFill : m_Colours.m_HoverFill;
 		const Qt::BrushStyle style = ShowsColour() ? Qt::Dense4Pattern : Qt::SolidPattern;
 		if ( m_Combination.m_bHovered )
@@ -185,9 +185,9 @@ protected:
 		QPainter painter( &log );
 		painter.setFont( m_Font );
 		const auto layout = LayoutMiniProfilerCell(
-			record, { CELL, 0, combination.m_bHovered, combination.m_bSelected }, combination.m_Display );
-		PaintMiniProfilerCell( painter, CELL, layout, MiniProfilerPalette::For( combination.m_Display.m_bDark ),
-			record.LaidOutName( m_Font ), m_Font );
+			record, { COMBINED_CELL, 0, combination.m_bHovered, combination.m_bSelected }, combination.m_Display );
+		PaintMiniProfilerCell( painter, COMBINED_CELL, layout,
+			MiniProfilerPalette::For( combination.m_Display.m_bDark ), record.LaidOutName( m_Font ), m_Font );
 		painter.end();
 		return log.Ops();
 	}

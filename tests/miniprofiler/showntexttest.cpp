@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QTextDocument>
+#include <initializer_list>
 
 #include "miniprofiler/miniprofilershowntext.h"
 
@@ -34,10 +35,11 @@ TEST( MiniProfilerShownText, EveryControlCharacterIsSeenAndChangesNothing )
 	{ return MiniProfilerShownText( "a" + FromCode( nCode ) + "b" ) == "a" + FromCode( 0xFFFD ) + "b"; };
 	for ( uint nCode = 0; nCode < 0xA0; nCode++ )
 		EXPECT_EQ( Replaced( nCode ), ( nCode < 0x20 && nCode != '\t' ) || nCode >= 0x7F ) << nCode;
-	for ( const uint nCode : { 0x061C, 0x200E, 0x200F, 0x2028, 0x2029, 0x202A, 0x202B, 0x202C, 0x202D, 0x202E, 0x2066,
-			  0x2067, 0x2068, 0x2069 } )
+	for ( const uint nCode : std::initializer_list<uint>{ 0x061C, 0x200E, 0x200F, 0x2028, 0x2029, 0x202A, 0x202B,
+			  0x202C, 0x202D, 0x202E, 0x2066, 0x2067, 0x2068, 0x2069 } )
 		EXPECT_TRUE( Replaced( nCode ) ) << nCode;
-	for ( const uint nCode : { 0x061B, 0x200D, 0x2010, 0x2027, 0x202F, 0x2065, 0x206A, 0x1F600 } )
+	for ( const uint nCode :
+		std::initializer_list<uint>{ 0x061B, 0x200D, 0x2010, 0x2027, 0x202F, 0x2065, 0x206A, 0x1F600 } )
 		EXPECT_FALSE( Replaced( nCode ) ) << nCode;
 	EXPECT_EQ( MiniProfilerShownText( "a\tb" ), "a    b" );
 }
