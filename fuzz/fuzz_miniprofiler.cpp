@@ -2,6 +2,7 @@
 // records, names, samples, parents, wanted ids, counters and warnings.
 //
 // Input: chunks, each as u8 flags (1: paused), u16 payload length (little-endian), payload; the last may be shorter.
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -78,6 +79,7 @@ struct SlowModel
 								  " bytes is too short for its service time\n" );
 			return false;
 		}
+		const size_t nWarnings = m_Warnings.size();
 		bool bData = false;
 		for ( uint64_t nAt = 8; nAt + 8 <= chunk.size(); )
 		{
@@ -99,11 +101,30 @@ struct SlowModel
 				Names( chunk, nData, nNext );
 			nAt = nNext;
 		}
+		TellOnlyTheFirst( nWarnings );
 		m_Costs.push_front( Number( chunk, 0, 8 ) );
 		if ( m_Costs.size() > 64 )
 			m_Costs.pop_back();
 		m_nPacketSize = chunk.size();
 		return bData;
+	}
+
+	// Of a chunk's warnings, which begin there; that it is malformed is told whatever came before.
+	void TellOnlyTheFirst( size_t nFirst )
+	{
+		std::string malformed;
+		if ( m_Warnings.size() > nFirst && m_Warnings.back().starts_with( "Malformed" ) )
+		{
+			malformed = m_Warnings.back();
+			m_Warnings.pop_back();
+		}
+		const size_t nTold = std::min<size_t>( m_Warnings.size() - nFirst, 16 );
+		const size_t nMore = m_Warnings.size() - nFirst - nTold;
+		m_Warnings.resize( nFirst + nTold );
+		if ( !malformed.empty() )
+			m_Warnings.push_back( malformed );
+		if ( nMore > 0 )
+			m_Warnings.push_back( std::to_string( nMore ) + " more problems in the same KESTO_MINIPROFILERS chunk\n" );
 	}
 
 	void Data( const Bytes &chunk, uint64_t nData, uint64_t nNext, bool bFirst )

@@ -19,6 +19,30 @@ struct Subrecord
 	const uint8_t *At( size_t nOffset ) const { return m_Payload.data() + nOffset; }
 };
 
+// Problems of one chunk, which can have millions: the first are told one by one, the others by their number.
+class CChunkProblems
+{
+public:
+	CChunkProblems() = default;
+	~CChunkProblems()
+	{
+		if ( m_nCount > MAX_TOLD )
+			Warning( "%u more problems in the same KESTO_MINIPROFILERS chunk\n", m_nCount - MAX_TOLD );
+	}
+	CChunkProblems( const CChunkProblems & ) = delete;
+	CChunkProblems &operator=( const CChunkProblems & ) = delete;
+
+	void Tell( const char *pText )
+	{
+		if ( m_nCount++ < MAX_TOLD )
+			Warning( "%s\n", pText );
+	}
+
+private:
+	static constexpr unsigned int MAX_TOLD = 16;
+	unsigned int m_nCount = 0;
+};
+
 bool HasSampleMark( const uint8_t *pData )
 {
 	return V_ReadLittleEndian32( pData ) == MINIPROFILER_SAMPLE_MARK &&
@@ -41,7 +65,7 @@ void ReadEntry( const uint8_t *pEntry, bool bSamples, IMiniProfilerSink &sink )
 }
 
 // The last entry may reach past the end of its sub-record: it is read whole as long as it lies inside the payload.
-void DecodeData( const Subrecord &subrecord, bool bFirstOfChunk, IMiniProfilerSink &sink )
+void DecodeData( const Subrecord &subrecord, bool bFirstOfChunk, IMiniProfilerSink &sink, CChunkProblems &problems )
 {
 	sink.BeginData( bFirstOfChunk );
 	size_t nPosition = subrecord.m_nData + MINIPROFILER_DATA_HEADER_SIZE;
@@ -57,7 +81,7 @@ void DecodeData( const Subrecord &subrecord, bool bFirstOfChunk, IMiniProfilerSi
 		}
 	}
 	if ( nPosition != subrecord.m_nEnd )
-		Warning( "Misaligned Miniprofiler data stream\n" );
+		problems.Tell( "Misaligned Miniprofiler data stream" );
 }
 
 // The zero-terminated text at nPosition, which moves behind the terminator; none without one before the end.
@@ -91,12 +115,12 @@ bool DecodeName( const Subrecord &subrecord, size_t &nPosition, IMiniProfilerSin
 	return true;
 }
 
-void DecodeNames( const Subrecord &subrecord, IMiniProfilerSink &sink )
+void DecodeNames( const Subrecord &subrecord, IMiniProfilerSink &sink, CChunkProblems &problems )
 {
 	size_t nPosition = subrecord.m_nData + MINIPROFILER_NAMES_HEADER_SIZE;
 	if ( nPosition > subrecord.m_nEnd )
 	{
-		Warning( "Misaligned Miniprofiler name data stream\n" );
+		problems.Tell( "Misaligned Miniprofiler name data stream" );
 		return;
 	}
 	const uint8_t *pData = subrecord.At( subrecord.m_nData );
@@ -107,13 +131,13 @@ void DecodeNames( const Subrecord &subrecord, IMiniProfilerSink &sink )
 	{
 		if ( !DecodeName( subrecord, nPosition, sink ) )
 		{
-			Warning( "no end of string in Miniprofiler name data stream\n" );
+			problems.Tell( "no end of string in Miniprofiler name data stream" );
 			return;
 		}
 	}
 	sink.SetNamesSent( nCount );
 	if ( nPosition != subrecord.m_nEnd )
-		Warning( "Misaligned Miniprofiler name data stream\n" );
+		problems.Tell( "Misaligned Miniprofiler name data stream" );
 }
 
 // The lengths are told as the engine would count them: 32 bits that wrap when an end lies before its start.
@@ -134,6 +158,7 @@ bool DecodeMiniProfilerChunk( std::span<const uint8_t> payload, IMiniProfilerSin
 		return false;
 	}
 
+	CChunkProblems problems;
 	bool bData = false;
 	size_t nPosition = MINIPROFILER_SERVICE_TIME_SIZE;
 	while ( payload.size() - nPosition >= MINIPROFILER_SUBRECORD_HEADER_SIZE )
@@ -149,11 +174,11 @@ bool DecodeMiniProfilerChunk( std::span<const uint8_t> payload, IMiniProfilerSin
 		}
 		if ( nKind == static_cast<uint32_t>( MiniProfilerSubrecord::Data ) && !sink.IsPaused() )
 		{
-			DecodeData( subrecord, !bData, sink );
+			DecodeData( subrecord, !bData, sink, problems );
 			bData = true;
 		}
 		else if ( nKind == static_cast<uint32_t>( MiniProfilerSubrecord::Names ) )
-			DecodeNames( subrecord, sink );
+			DecodeNames( subrecord, sink, problems );
 		nPosition = subrecord.m_nEnd;
 	}
 	sink.EndChunk( V_ReadLittleEndian64( payload.data() ), static_cast<uint32_t>( payload.size() ) );

@@ -31,5 +31,6 @@ constexpr uint32_t MINIPROFILER_SAMPLE_MARK = 0x4B4D5331;
 constexpr uint32_t MINIPROFILER_SAMPLE_VERSION = 1;
 
 // Hands what the payload says to the sink; copies nothing and allocates nothing itself. What does not hold together is
-// reported with a Warning, and what was handed over before stays. True when a block of data was decoded.
+// reported with a Warning (after 16 of a chunk only how many more), and what was handed over before stays. True when a
+// block of data was decoded.
 bool DecodeMiniProfilerChunk( std::span<const uint8_t> payload, IMiniProfilerSink &sink );

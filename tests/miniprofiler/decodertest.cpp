@@ -306,6 +306,24 @@ TEST_F( MiniProfilerDecoder, AnEndThatDoesNotMoveForwardEndsTheChunk )
 	}
 }
 
+TEST_F( MiniProfilerDecoder, OnlyTheFirstOfManyProblemsAreToldOneByOne )
+{
+	const auto Problems = [this]( int nBlocks )
+	{
+		CFrameBuilder frame;
+		for ( int i = 0; i < nBlocks; i++ )
+			frame.Begin( 0 ).End();
+		EXPECT_TRUE( Decode( frame ) );
+		return m_Warnings.Take();
+	};
+	EXPECT_THAT( Problems( 16 ), testing::AllOf( testing::SizeIs( 16 ), testing::Each( DATA_WARNING ) ) );
+	const auto many = Problems( 1000 );
+	ASSERT_EQ( many.size(), 17u );
+	EXPECT_EQ( many[15], DATA_WARNING );
+	EXPECT_EQ( many[16], "984 more problems in the same KESTO_MINIPROFILERS chunk\n" );
+	EXPECT_EQ( m_Model.CostSampleCount(), 128u ); // all blocks were decoded
+}
+
 TEST_F( MiniProfilerDecoder, UnknownKindsAreSkipped )
 {
 	CFrameBuilder frame;
