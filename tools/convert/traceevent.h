@@ -5,7 +5,7 @@
 
 namespace convert
 {
-enum class EventKind : uint8_t
+enum class EventKind : uint32_t // so wide that an event has no bytes without a value: events are written to files
 {
 	Begin,    // a scope begins
 	End,      // the innermost open scope (of that name) ends
