@@ -114,6 +114,8 @@ private:
 				wire::Hello hello;
 				hello.m_nProcessId = static_cast<uint32_t>( getpid() );
 				hello.m_Name = asio::ip::host_name( ignored );
+				if ( const char *pToken = std::getenv( "SHOWBUDGET_TOKEN" ) )
+					hello.m_Token = pToken;
 				Send( wire::CHUNK_HELLO, wire::WriteHello( hello ) );
 				Receive();
 			} );
@@ -181,6 +183,8 @@ private:
 		if ( hello->m_nProtocol != wire::PROTOCOL_VERSION )
 			return Finish( "the engine speaks version " + std::to_string( hello->m_nProtocol ) +
 						   " of the protocol, this program version " + std::to_string( wire::PROTOCOL_VERSION ) );
+		if ( !hello->m_Refusal.empty() )
+			return Finish( "the engine refuses this program: " + hello->m_Refusal );
 		m_End.m_bSampling = true;
 		m_Start = Clock::now();
 		WaitFor( std::chrono::duration_cast<Clock::duration>( std::chrono::duration<double>( m_flSeconds ) ), "" );

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 
 #include "target/showbudget.h"
@@ -199,6 +200,50 @@ TEST_F( KestoRecord, RefusesAnEngineOfAnotherProtocolVersion )
 	EXPECT_EQ( run.m_nStatus, 2 );
 	EXPECT_EQ( run.m_Errors,
 		"kesto: " + engine.Address() + ": the engine speaks version 7 of the protocol, this program version 2\n" );
+}
+
+std::vector<uint8_t> HelloOf( std::string_view texts )
+{
+	std::vector<uint8_t> payload( 16 );
+	payload[3] = 2;
+	payload.insert( payload.end(), texts.begin(), texts.end() );
+	return payload;
+}
+
+TEST_F( KestoRecord, SaysWhyTheEngineRefusesIt )
+{
+	using namespace std::string_view_literals;
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.Receive();
+			self.SendChunk( "HELO", HelloOf( "engine\0\0token required"sv ) );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--seconds", "60" } );
+	EXPECT_EQ( run.m_nStatus, 2 );
+	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": the engine refuses this program: token required\n" );
+}
+
+TEST_F( KestoRecord, SendsTheTokenOfTheEnvironment )
+{
+	std::string texts;
+	CFakeEngine engine(
+		[&]( CFakeEngine &self )
+		{
+			self.Receive();
+			texts.assign( self.m_Received.begin() + 16, self.m_Received.end() );
+			self.SendHello();
+			self.Receive();
+			self.SendBudgets( { "A" } );
+			self.SendFrame( { 1 } );
+			self.WaitForHangUp();
+		} );
+	setenv( "SHOWBUDGET_TOKEN", "open sesame", 1 );
+	const KestoRun run = Record( engine.Address(), { "--frames", "1" } );
+	unsetenv( "SHOWBUDGET_TOKEN" );
+	EXPECT_EQ( run.m_nStatus, 0 );
+	EXPECT_EQ( texts.substr( texts.find( '\0' ) ), std::string( 1, '\0' ) + "open sesame" );
 }
 
 TEST_F( KestoRecord, RefusesWhatDoesNotSpeakTheProtocol )
