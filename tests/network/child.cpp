@@ -8,11 +8,6 @@
 
 #include "host/waitfor.h"
 
-namespace
-{
-constexpr int PATIENCE_MS = 30000;
-} // namespace
-
 CChild::CChild()
 {
 	m_Process.setProcessChannelMode( QProcess::ForwardedErrorChannel );
@@ -24,7 +19,7 @@ CChild::~CChild()
 	if ( m_Process.state() == QProcess::NotRunning )
 		return;
 	m_Process.kill();
-	m_Process.waitForFinished( PATIENCE_MS );
+	m_Process.waitForFinished( PROCESS_PATIENCE_MS );
 }
 
 void CChild::Start( const QStringList &command )
@@ -103,13 +98,13 @@ void CChild::Signal( int nSignal ) const
 bool CChild::EndAndWait( int nSignal )
 {
 	Signal( nSignal );
-	return WaitFor( [this]() { return m_Process.state() == QProcess::NotRunning; }, PATIENCE_MS );
+	return WaitFor( [this]() { return m_Process.state() == QProcess::NotRunning; }, PROCESS_PATIENCE_MS );
 }
 
 bool CChild::CloseInputAndWait()
 {
 	m_Process.closeWriteChannel();
-	return WaitFor( [this]() { return m_Process.state() == QProcess::NotRunning; }, PATIENCE_MS ) &&
+	return WaitFor( [this]() { return m_Process.state() == QProcess::NotRunning; }, PROCESS_PATIENCE_MS ) &&
 		   m_Process.exitStatus() == QProcess::NormalExit && m_Process.exitCode() == 0;
 }
 
@@ -122,6 +117,6 @@ int CChild::OpenDescriptors() const
 QString WaitForAddress( CChild &engine, int nFrom )
 {
 	const QString prefix = QStringLiteral( "listening on " );
-	const int nLine = engine.WaitForLine( prefix, nFrom, PATIENCE_MS );
+	const int nLine = engine.WaitForLine( prefix, nFrom, PROCESS_PATIENCE_MS );
 	return nLine < 0 ? QString() : engine.Lines()[static_cast<size_t>( nLine )].mid( prefix.size() );
 }

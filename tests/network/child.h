@@ -7,6 +7,9 @@
 #include <functional>
 #include <vector>
 
+// How long tests wait for what a busy machine may take its time for.
+constexpr int PROCESS_PATIENCE_MS = 60000;
+
 class CChild
 {
 public:

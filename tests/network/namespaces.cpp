@@ -3,10 +3,7 @@
 #include <QCoreApplication>
 #include <QProcess>
 
-namespace
-{
-constexpr int PATIENCE_MS = 30000;
-} // namespace
+#include "network/child.h"
 
 CTwoHosts::~CTwoHosts()
 {
@@ -55,7 +52,7 @@ bool CTwoHosts::Run( const QStringList &command )
 	QProcess process;
 	process.setProcessChannelMode( QProcess::MergedChannels );
 	process.start( command.first(), command.mid( 1 ) );
-	if ( process.waitForFinished( PATIENCE_MS ) && process.exitStatus() == QProcess::NormalExit &&
+	if ( process.waitForFinished( PROCESS_PATIENCE_MS ) && process.exitStatus() == QProcess::NormalExit &&
 		 process.exitCode() == 0 )
 		return true;
 	m_Problem = QStringLiteral( "%1: %2" )

@@ -11,8 +11,6 @@
 #include "network/child.h"
 #include "support/randomseed.h"
 
-constexpr int PROCESS_PATIENCE_MS = 60000;
-
 class CProcessesFixture : public testing::Test
 {
 protected:

@@ -6,7 +6,6 @@
 
 namespace
 {
-constexpr int PATIENCE_MS = PROCESS_PATIENCE_MS;
 constexpr int END_NOTICED_MS = 1000;       // a process that ends tells its peer at once
 constexpr int CUT_NOTICED_MS = 5000;       // a network that is gone tells nobody
 constexpr int RECONNECTED_MS = 2000;       // from when the engine listens again
@@ -31,7 +30,7 @@ TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
 	{
 		SCOPED_TRACE( testing::Message() << "round " << nRound );
 		// Each line of the console is a moment: connecting, greeting, the first samples and later ones.
-		ASSERT_TRUE( m_Console.WaitForLines( m_Console.Count() + Random( 30 ), PATIENCE_MS ) );
+		ASSERT_TRUE( m_Console.WaitForLines( m_Console.Count() + Random( 30 ), PROCESS_PATIENCE_MS ) );
 		const bool bWasConnected = m_Console.Last( "state " ) == "3";
 		const int nSamples = Samples( m_Console );
 		const int nFrom = m_Console.Count();
@@ -42,19 +41,20 @@ TEST_F( Processes, AnEngineThatEndsAtAnyMomentIsMissedAtOnceAndWelcomedBack )
 			const int nLine = WaitForState( m_Console, "1", nFrom, END_NOTICED_MS );
 			ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
 			nNoticed = std::max( nNoticed, m_Console.TimeOf( nLine ) - nEnded );
-			ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
+			ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Stopped."; }, PROCESS_PATIENCE_MS ) );
 			ASSERT_GE( Samples( m_Console ), nSamples ) << "what was sampled stays";
 		}
 		const int nAway = m_Console.Count();
 		const int nLinesOfEngine = m_Engine.Count();
 		m_Engine.Start( DemoEngine( "127.0.0.1", m_Address.section( ':', 1 ) ) );
 		ASSERT_EQ( WaitForAddress( m_Engine, nLinesOfEngine ), m_Address );
-		const qint64 nListening = m_Engine.TimeOf( m_Engine.WaitForLine( "listening", nLinesOfEngine, PATIENCE_MS ) );
+		const qint64 nListening =
+			m_Engine.TimeOf( m_Engine.WaitForLine( "listening", nLinesOfEngine, PROCESS_PATIENCE_MS ) );
 		const int nLine = WaitForState( m_Console, "3", nAway, RECONNECTED_MS );
 		ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
 		nReconnected = std::max( nReconnected, m_Console.TimeOf( nLine ) - nListening );
 		m_Console.Write( "start\n" );
-		ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Running."; }, PATIENCE_MS ) );
+		ASSERT_TRUE( WaitFor( [&]() { return m_Console.Last( "window " ) == "Running."; }, PROCESS_PATIENCE_MS ) );
 	}
 	ASSERT_TRUE( WaitForMoreSamples( m_Console ) );
 	EXPECT_TRUE( m_Console.CloseInputAndWait() );
@@ -71,13 +71,13 @@ TEST_F( Processes, AConsoleThatIsKilledAtAnyMomentLeavesTheEngineAndOtherConsole
 		SCOPED_TRACE( testing::Message() << "round " << nRound );
 		CChild victim;
 		victim.Start( Console( m_Address ) );
-		ASSERT_TRUE( victim.WaitForLines( Random( 30 ), PATIENCE_MS ) );
+		ASSERT_TRUE( victim.WaitForLines( Random( 30 ), PROCESS_PATIENCE_MS ) );
 		ASSERT_TRUE( victim.EndAndWait( SIGKILL ) );
 		ASSERT_TRUE( WaitForMoreSamples( m_Console ) );
 	}
 	EXPECT_EQ( m_Console.CountOf( "state 3" ), 1 ) << m_Console.Text().toStdString();
 	// More consoles were killed than may be connected at once, and none of them is left.
-	EXPECT_TRUE( WaitFor( [&]() { return m_Engine.OpenDescriptors() == nDescriptors; }, PATIENCE_MS ) )
+	EXPECT_TRUE( WaitFor( [&]() { return m_Engine.OpenDescriptors() == nDescriptors; }, PROCESS_PATIENCE_MS ) )
 		<< nDescriptors << " descriptors before, " << m_Engine.OpenDescriptors() << " now";
 }
 
@@ -86,10 +86,10 @@ TEST_F( Processes, AnEngineThatIsStoppedIsShownAsStalledAndGoesOnInTheSameSessio
 	ASSERT_NO_FATAL_FAILURE( StartSampling( DemoEngine() ) );
 	const int nFrom = m_Console.Count();
 	m_Engine.Signal( SIGSTOP );
-	ASSERT_GE( m_Console.WaitForLine( "stalled 1", nFrom, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
+	ASSERT_GE( m_Console.WaitForLine( "stalled 1", nFrom, PROCESS_PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
 	const int nSamples = Samples( m_Console );
 	m_Engine.Signal( SIGCONT );
-	ASSERT_GE( m_Console.WaitForLine( "stalled 0", nFrom, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
+	ASSERT_GE( m_Console.WaitForLine( "stalled 0", nFrom, PROCESS_PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
 	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
 	EXPECT_GT( Samples( m_Console ), nSamples );
 	EXPECT_EQ( m_Console.CountOf( "state", nFrom ), 0 ) << "one session: " << m_Console.Text().toStdString();
@@ -107,9 +107,9 @@ TEST_F( Processes, AConsoleThatIsStoppedLosesWholeFramesShowsHowManyAndKeepsItsS
 	m_Console.Signal( SIGSTOP );
 	// More bytes than fit into the engine's queue and both systems' buffers, over several seconds.
 	const int nFrames = IsLongRun() ? 60000 : 16000;
-	EXPECT_TRUE( WaitForMoreSamples( witness, nFrames, 10 * PATIENCE_MS ) ) << "the engine does not wait";
+	EXPECT_TRUE( WaitForMoreSamples( witness, nFrames, 10 * PROCESS_PATIENCE_MS ) ) << "the engine does not wait";
 	m_Console.Signal( SIGCONT );
-	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "dropped " ).toULongLong() > 0; }, PATIENCE_MS ) )
+	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "dropped " ).toULongLong() > 0; }, PROCESS_PATIENCE_MS ) )
 		<< m_Console.Text().toStdString();
 	EXPECT_TRUE( WaitForMoreSamples( m_Console ) );
 	EXPECT_EQ( m_Console.CountOf( "state", nFrom ), 0 ) << "one session: " << m_Console.Text().toStdString();
@@ -140,7 +140,7 @@ TEST_F( Hosts, ACutCableIsNoticedByBothAndTheConsoleComesBackWithWhatItHad )
 	ASSERT_TRUE( m_Hosts.SetLink( false ) ) << m_Hosts.Problem().toStdString();
 	const int nLine = WaitForState( m_Console, "1", nFrom, CUT_NOTICED_MS );
 	ASSERT_GE( nLine, 0 ) << m_Console.Text().toStdString();
-	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "window " ) == "Stopped."; }, PATIENCE_MS ) );
+	EXPECT_TRUE( WaitFor( [this]() { return m_Console.Last( "window " ) == "Stopped."; }, PROCESS_PATIENCE_MS ) );
 	std::printf( "noticed after %lld ms\n", m_Console.TimeOf( nLine ) - nCut );
 	const int nSamples = Samples( m_Console );
 	EXPECT_GT( nSamples, 0 );
@@ -162,12 +162,12 @@ TEST_F( Hosts, AConsoleNeverMistakesItselfForTheEngineThatItWaitsFor )
 	ASSERT_TRUE( m_Hosts.SetPortsOfFirst( nPort, nPort + 1 ) ) << m_Hosts.Problem().toStdString();
 	const QString address = QString( "127.0.0.1:%1" ).arg( nPort );
 	m_Console.Start( m_Hosts.OnFirst( Console( address ) ) );
-	ASSERT_GE( m_Console.WaitForLine( "report cannot connect: nobody listens there", 0, PATIENCE_MS ), 0 )
+	ASSERT_GE( m_Console.WaitForLine( "report cannot connect: nobody listens there", 0, PROCESS_PATIENCE_MS ), 0 )
 		<< m_Console.Text().toStdString();
-	ASSERT_TRUE( WaitFor( [this]() { return m_Console.CountOf( "state 2" ) >= 4; }, PATIENCE_MS ) );
+	ASSERT_TRUE( WaitFor( [this]() { return m_Console.CountOf( "state 2" ) >= 4; }, PROCESS_PATIENCE_MS ) );
 	EXPECT_EQ( m_Console.CountOf( "state 3" ), 0 ) << m_Console.Text().toStdString();
 	m_Engine.Start( m_Hosts.OnFirst( DemoEngine( "127.0.0.1", QString::number( nPort ) ) ) );
 	EXPECT_EQ( WaitForAddress( m_Engine ).toStdString(), address.toStdString() );
-	EXPECT_GE( WaitForState( m_Console, "3", 0, PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
+	EXPECT_GE( WaitForState( m_Console, "3", 0, PROCESS_PATIENCE_MS ), 0 ) << m_Console.Text().toStdString();
 }
 } // namespace
