@@ -37,11 +37,27 @@ endfunction()
 # All programs that the tsan preset builds and runs.
 add_custom_target( thread_tests )
 
+# showbudget_add_test_program( NAME [property value...] )
+# The whole program as two tests of CTest, halves that run at once. Starting a program anew for each of its test cases, as
+# is handy while working, takes longer than most of them. Each half reports to results/NAME.HALF.json in the build folder,
+# from which scripts/count-tests learns how many test cases there were.
+function( showbudget_add_test_program name )
+	math( EXPR timeout "${SHOWBUDGET_TEST_TIMEOUT} * 5" )
+	foreach( half 0 1 )
+		add_test( NAME ${name}.${half} COMMAND ${name} )
+		set_tests_properties( ${name}.${half} PROPERTIES
+			TIMEOUT ${timeout} ${ARGN} ENVIRONMENT
+			"GTEST_TOTAL_SHARDS=2;GTEST_SHARD_INDEX=${half};GTEST_OUTPUT=json:${CMAKE_BINARY_DIR}/results/${name}.${half}.json"
+		)
+	endforeach()
+endfunction()
+
 # showbudget_test( NAME SOURCES file... LIBRARIES target... [QT] [LABELS label...] [PROPERTIES name value...] )
-# A GoogleTest program whose every test case is a test of its own for CTest. With QT the program's main makes a
-# QApplication on the offscreen platform and fails a test that causes a Qt warning it did not expect. The label "threads"
-# is for programs in which threads meet and that can be watched by ThreadSanitizer; those with Qt, whose own locks it does
-# not see, are labelled "threads-qt". PROPERTIES: of every test, for CTest; one value each.
+# A GoogleTest program whose every test case is a test of its own for CTest; with SHOWBUDGET_WHOLE_PROGRAMS the program is.
+# With QT the program's main makes a QApplication on the offscreen platform and fails a test that causes a Qt warning it
+# did not expect. The label "threads" is for programs in which threads meet and that can be watched by ThreadSanitizer;
+# those with Qt, whose own locks it does not see, are labelled "threads-qt". PROPERTIES: of every test, for CTest; one
+# value each.
 function( showbudget_test name )
 	cmake_parse_arguments( PARSE_ARGV 1 test "QT" "" "SOURCES;LIBRARIES;LABELS;PROPERTIES" )
 	add_executable( ${name} ${test_SOURCES} )
@@ -57,11 +73,17 @@ function( showbudget_test name )
 	endif()
 	showbudget_compile_as_test( ${name} )
 	showbudget_join( ${name} )
-	set( properties TIMEOUT "${SHOWBUDGET_TEST_TIMEOUT}" ${test_PROPERTIES} )
+	set( properties ${test_PROPERTIES} )
 	if( test_LABELS )
 		list( APPEND properties LABELS "${test_LABELS}" )
 	endif()
-	gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES ${properties} )
+	if( SHOWBUDGET_WHOLE_PROGRAMS )
+		showbudget_add_test_program( ${name} ${properties} )
+	else()
+		gtest_discover_tests( ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+			PROPERTIES TIMEOUT "${SHOWBUDGET_TEST_TIMEOUT}" ${properties}
+		)
+	endif()
 	if( "threads" IN_LIST test_LABELS )
 		add_dependencies( thread_tests ${name} )
 	endif()
