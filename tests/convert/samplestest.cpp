@@ -235,6 +235,25 @@ TEST( Speedscope, EveryProfileIsAThread )
 		WholeFrames( text, options ), ElementsAre( FrameFigures{ { "", { 1, 16'000 } }, { "a", { 16, 16'000 } } } ) );
 }
 
+TEST( Speedscope, WhatIsNoProfileInTheListOfThemIsPassedOver )
+{
+	const std::string profile = R"({"type":"sampled","unit":"microseconds","samples":[[0]],"weights":[8]})";
+	for ( const std::string &list :
+		{ "[[1,\"x\"]," + profile + "]", "{\"a\":[2],\"b\":" + profile + "}", "[7," + profile + "]" } )
+		EXPECT_THAT( WholeFrames( R"({"profiles":)" + list + R"(,"shared":{"frames":[{"name":"a"}]}})",
+						 From( Format::Speedscope ) ),
+			ElementsAre( FrameFigures{ { "", { 1, 8 } }, { "a", { 1, 8 } } } ) )
+			<< list;
+}
+
+TEST( Speedscope, OnlyTheListOfFramesNamesThem )
+{
+	EXPECT_THAT( WholeFrames( R"({"shared":{"frames":[{"name":"a"}],"other":[{"name":"b"}]},"profiles":[)"
+							  R"({"type":"sampled","unit":"microseconds","samples":[[0]],"weights":[8]}]})",
+					 From( Format::Speedscope ) ),
+		ElementsAre( FrameFigures{ { "", { 1, 8 } }, { "a", { 1, 8 } } } ) );
+}
+
 TEST( Speedscope, IndicesThatAreNoFramesAndListsOfDifferentLengthsAreCounted )
 {
 	const Conversion conversion = ConvertText( R"({"shared":{"frames":[{"name":"a"},{}]},"profiles":[

@@ -142,11 +142,11 @@ bool CSpeedscopeHandler::Scalar( std::string_view text )
 	m_Input.LimitValue();
 	if ( m_nDepth == 2 && m_Path[TOP] == Member::Kesto && m_Path[2] == Member::Frame )
 		m_Trace.m_FrameName = text;
-	else if ( m_nDepth == FRAME && m_Path[TOP] == Member::Shared && m_Path[FRAME] == Member::Name && m_bHasFrames &&
-			  !m_bEvents )
+	else if ( m_nDepth == FRAME && m_Path[TOP] == Member::Shared && m_Path[2] == Member::Frames &&
+			  m_Path[FRAME] == Member::Name && !m_bEvents )
 		m_FrameNames.back() = m_Trace.m_Names.Intern( text );
-	else if ( m_nDepth == PROFILE && m_Path[TOP] == Member::Profiles && !m_bEvents )
-		SetProfileMember( m_Profiles.back(), text );
+	else if ( m_nDepth == PROFILE && m_Path[TOP] == Member::Profiles && m_Path[PROFILE] != Member::Other && !m_bEvents )
+		SetProfileMember( m_Profiles.back(), text ); // a list in a profile's place has no members and begins none
 	else if ( m_nDepth == EVENT && IsIn( Member::Profiles, Member::Events ) )
 		SetEventMember( text );
 	else if ( m_nDepth == EVENT && IsIn( Member::Profiles, Member::Samples ) && m_bEvents )
