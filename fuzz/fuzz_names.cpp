@@ -12,8 +12,9 @@
 #include "keel0/logging.h"
 #include "miniprofiler/miniprofilerdecoder.h"
 #include "miniprofiler/miniprofilermodel.h"
-#include "miniprofiler/miniprofilershowntext.h"
+#include "miniprofiler/miniprofilertooltip.h"
 #include "require.h"
+#include "text/showntext.h"
 
 namespace
 {
@@ -155,8 +156,8 @@ void CompareRecord( CQMiniProfilerRecord &record, const SlowName &expected )
 		Require( record.Line( i ) == lines[i], "a line" );
 	Require( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) == expected.m_bDuplicate, "whether the name is another's" );
 	Require( ( record.m_pStaticParent ? record.m_pStaticParent->Id() : 0 ) == expected.m_nParent, "the static parent" );
-	CheckShown( MiniProfilerShownText( record.Name(), MINIPROFILER_MAX_DRAWN_NAME ), MINIPROFILER_MAX_DRAWN_NAME );
-	CheckShown( MiniProfilerShownText( record.Name() ), 4 * record.Name().size() );
+	CheckShown( ShownText( record.Name(), MINIPROFILER_MAX_DRAWN_NAME ), MINIPROFILER_MAX_DRAWN_NAME );
+	CheckShown( ShownText( record.Name() ), 4 * record.Name().size() );
 	for ( const QString &line : MiniProfilerToolTip( record.Description() ).split( '\n' ) )
 		CheckShown( line, 2000 ); // markup makes some characters longer
 }

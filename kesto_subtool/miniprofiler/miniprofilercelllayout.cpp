@@ -3,7 +3,7 @@
 #include <QPolygon>
 #include <algorithm>
 
-#include "miniprofiler/miniprofilershowntext.h"
+#include "text/showntext.h"
 
 namespace
 {
@@ -12,6 +12,7 @@ constexpr int SMALL_TEXT_MARGIN = 12;
 constexpr int COUNT_WIDTH = 16;
 constexpr int LEFT_COUNT_WIDTH = 20;
 constexpr int ANNOTATION_CHARACTER_WIDTH = 5;
+constexpr int MAX_DRAWN_ANNOTATION = 64; // characters, wider than there is room beside a name
 constexpr int PEAK_MARGIN = 8;
 constexpr int PEAK_WIDTH = 5;
 
@@ -218,7 +219,7 @@ QString Annotation( const CQMiniProfilerRecord &record )
 		return record.m_pCaller ? record.m_pCaller->Name() : QString();
 	// No more than can be drawn, of characters that have four bytes at most.
 	const std::string_view project =
-		record.Line( CQMiniProfilerRecord::LINE_PROJECT ).substr( 0, 4 * ( MINIPROFILER_MAX_DRAWN_ANNOTATION + 1 ) );
+		record.Line( CQMiniProfilerRecord::LINE_PROJECT ).substr( 0, 4 * ( MAX_DRAWN_ANNOTATION + 1 ) );
 	return QString::fromUtf8( project.data(), static_cast<int>( project.size() ) );
 }
 
@@ -228,7 +229,7 @@ void CCellLayouter::LayOutAnnotation( QRect &rect )
 	if ( !pRecord ||
 		 !( pRecord->HasFlag( MINIPROFILER_ROW_DUPLICATE ) || pRecord->HasFlag( MINIPROFILER_ROW_DISAMBIGUATE ) ) )
 		return;
-	const QString text = MiniProfilerShownText( Annotation( *pRecord ), MINIPROFILER_MAX_DRAWN_ANNOTATION );
+	const QString text = ShownText( Annotation( *pRecord ), MAX_DRAWN_ANNOTATION );
 	if ( text.isEmpty() )
 		return;
 	MiniProfilerTextBox annotation{ rect, Qt::AlignLeft | Qt::AlignVCenter, TextColour(), text };

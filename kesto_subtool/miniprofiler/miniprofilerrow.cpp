@@ -36,7 +36,7 @@ int QMetaTypeId<CMiniProfilerRow *>::qt_metatype_id()
 	return s_Type.m_nId;
 }
 
-#include "miniprofiler/miniprofilershowntext.h"
+#include "text/showntext.h"
 
 CMiniProfilerRow::CMiniProfilerRow( MiniProfilerRowFlag kind )
 	: m_nFlags( kind )
@@ -50,7 +50,7 @@ void CMiniProfilerRow::SetName( const QString &name )
 {
 	m_Name = name;
 	m_bNamed = true;
-	m_StaticName.setText( MiniProfilerShownText( name, MINIPROFILER_MAX_DRAWN_NAME ) );
+	m_StaticName.setText( ShownText( name, MINIPROFILER_MAX_DRAWN_NAME ) );
 	m_bNameLaidOut = false;
 	m_nChanges |= MINIPROFILER_ROW_RENAMED;
 }

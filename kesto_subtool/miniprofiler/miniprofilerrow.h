@@ -35,6 +35,8 @@ enum MiniProfilerRowChange : uint8_t
 	MINIPROFILER_ROW_QUEUED = 4 // the row is in the model's list of changes
 };
 
+constexpr int MINIPROFILER_MAX_DRAWN_NAME = 256; // characters, wider than a column
+
 class CMiniProfilerRow
 {
 public:

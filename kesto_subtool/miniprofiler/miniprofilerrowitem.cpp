@@ -3,7 +3,7 @@
 #include <QBrush>
 #include <QSize>
 
-#include "miniprofiler/miniprofilershowntext.h"
+#include "miniprofiler/miniprofilertooltip.h"
 #include "miniprofiler/miniprofilertreewidget.h"
 
 CQMiniProfilerRowItem::CQMiniProfilerRowItem( CMiniProfilerRow &row )

@@ -6,7 +6,7 @@
 #include <limits>
 
 #include "miniprofiler/miniprofilermodel.h"
-#include "miniprofiler/miniprofilershowntext.h"
+#include "text/showntext.h"
 
 namespace
 {
@@ -183,7 +183,7 @@ MiniProfilerCellText MiniProfilerNumberText(
 
 QString MiniProfilerRowText( const CMiniProfilerRow &row, const MiniProfilerNumbers &numbers )
 {
-	QString text = MiniProfilerShownText( row.Name() );
+	QString text = ShownText( row.Name() );
 	for ( int nColumn = MINIPROFILER_CALLS; nColumn < static_cast<int>( MINIPROFILER_COLUMNS ); nColumn++ )
 		text += '\t' + MiniProfilerNumberText( row, nColumn, numbers ).m_Text;
 	return text;

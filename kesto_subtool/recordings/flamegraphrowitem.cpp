@@ -5,6 +5,7 @@
 
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestotexts.h"
+#include "text/showntext.h"
 
 CQFlamegraphRowItem::CQFlamegraphRowItem( CQFlamegraphWidget &widget, int32_t nNode, const QColor &colour )
 	: m_Widget( widget )
@@ -39,7 +40,7 @@ void CQFlamegraphRowItem::paint( QPainter *pPainter, const QStyleOptionGraphicsI
 		return;
 	pPainter->setPen( QColor( 30, 30, 40, 255 ) );
 	pPainter->drawText( rect.adjusted( 1, 1, -2, -2 ), Qt::AlignCenter | Qt::TextWordWrap,
-		OneLineText( m_Widget.GetNodeText( m_nNode ) ) );
+		ShownText( m_Widget.GetNodeText( m_nNode ) ) );
 }
 
 void CQFlamegraphRowItem::contextMenuEvent( QGraphicsSceneContextMenuEvent *pEvent )

@@ -1,8 +1,8 @@
 #include "recordings/kestonodedelegate.h"
 
-#include "recordings/kestotexts.h"
+#include "text/showntext.h"
 
 QString CQKestoNodeDelegate::displayText( const QVariant &value, const QLocale & ) const
 {
-	return OneLineText( value.toString() ); // all cells are texts
+	return ShownText( value.toString() ); // all cells are texts
 }

@@ -7,7 +7,7 @@
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestonodeitem.h"
 #include "recordings/kestoplayerwidget.h"
-#include "recordings/namefilter.h"
+#include "text/wildcardpattern.h"
 
 static constexpr size_t MAX_FILTERED = 200; // items that a filter selects at most
 
@@ -19,7 +19,7 @@ static void ExpandAncestors( const QTreeWidgetItem &item )
 
 void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
 {
-	const CNameFilter filter( text );
+	const CWildcardPattern filter( text );
 	const std::vector<bool> isSelected = GetSelectedRows();
 	std::vector<CKestoNodeItem *> toDeselect;
 	std::vector<CKestoNodeItem *> toSelect;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "keel0/mathlib.h"
+#include "text/showntext.h"
 
 static constexpr int LONGEST_LINE = 80; // characters
 
@@ -19,35 +20,6 @@ QString FormatMilliseconds( int32_t nMicroseconds )
 QString NodeNameText( const CKestoFile &file, int32_t nNode )
 {
 	return QString::fromLatin1( file.GetNodeName( nNode ) );
-}
-
-static QChar Visible( QChar c )
-{
-	constexpr ushort PICTURES = 0x2400; // of the characters from 0 on
-	constexpr ushort PICTURE_OF_DELETE = 0x2421;
-	if ( c.unicode() < 0x20 )
-		return QChar( static_cast<ushort>( PICTURES + c.unicode() ) );
-	if ( c.unicode() == 0x7F )
-		return QChar( PICTURE_OF_DELETE );
-	switch ( c.category() )
-	{
-		case QChar::Other_Control:
-		case QChar::Other_Format:
-		case QChar::Separator_Line:
-		case QChar::Separator_Paragraph:
-			return QChar::ReplacementCharacter;
-		default:
-			return c;
-	}
-}
-
-QString OneLineText( const QString &text )
-{
-	QString line = text;
-	for ( int i = 0; i < line.size(); i++ )
-		if ( const QChar c = Visible( line.at( i ) ); c != line.at( i ) ) // so that most texts are never copied
-			line[i] = c;
-	return line;
 }
 
 QString BreakableText( const QString &text )
@@ -71,7 +43,7 @@ QString BreakableText( const QString &text )
 
 QString ToolTipText( const QString &text )
 {
-	const QString line = OneLineText( text );
+	const QString line = ShownText( text );
 	if ( line.size() <= LONGEST_LINE && !Qt::mightBeRichText( line ) )
 		return line;
 	return "<p style=\"white-space:pre-wrap\">" + BreakableText( line ).toHtmlEscaped() + "</p>";

@@ -13,9 +13,6 @@ QString FormatMilliseconds( int32_t nMicroseconds );
 // Recordings hold 8-bit text.
 QString NodeNameText( const CKestoFile &file, int32_t nNode );
 
-// For one line on the screen: control characters, which would break the line or turn its direction, as signs for them.
-QString OneLineText( const QString &text );
-
 // With an invisible place to break the line wherever there is none for 80 characters.
 QString BreakableText( const QString &text );
 

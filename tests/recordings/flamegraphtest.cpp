@@ -114,7 +114,7 @@ TEST_F( FlameGraph, ABarShowsAnyNameOnOneLine )
 	writer.BeginTimings().Entry( 1, 2000 ).Entry( 1, 2000 ).EndFrame();
 	m_pFile = Parse( writer );
 	Show( 0 );
-	EXPECT_EQ( Paint( Item( 1 ) )[2].m_Text, QStringLiteral( "a\u240A<b>&c" ) );
+	EXPECT_EQ( Paint( Item( 1 ) )[2].m_Text, QStringLiteral( "a\uFFFD<b>&c" ) );
 }
 
 TEST_F( FlameGraph, ASelectedBarIsOutlinedInCyan )

@@ -1,8 +1,8 @@
-#include "recordings/namefilter.h"
+#include "text/wildcardpattern.h"
 
 #include <QStringList>
 
-// Those that are not empty. A star between brackets is itself.
+// The pieces that are not empty.
 static QStringList SplitAtStars( const QString &pattern )
 {
 	QStringList pieces( QString{} );
@@ -21,19 +21,19 @@ static QStringList SplitAtStars( const QString &pattern )
 	return pieces;
 }
 
-CNameFilter::CNameFilter( const QString &pattern )
+CWildcardPattern::CWildcardPattern( const QString &pattern )
 {
 	for ( const QString &piece : SplitAtStars( pattern ) )
 		m_Pieces.emplace_back( piece, Qt::CaseInsensitive, QRegExp::Wildcard );
 }
 
-// What a piece matches has a fixed length, so the first place leaves the most room to those behind it.
-bool CNameFilter::Matches( const QString &name ) const
+// What a piece matches has a fixed length, so its first place leaves the most room to those behind it.
+bool CWildcardPattern::Matches( const QString &text ) const
 {
 	int nFrom = 0;
 	for ( const QRegExp &piece : m_Pieces )
 	{
-		const int nFound = piece.indexIn( name, nFrom );
+		const int nFound = piece.indexIn( text, nFrom );
 		if ( nFound < 0 )
 			return false;
 		nFrom = nFound + piece.matchedLength();
