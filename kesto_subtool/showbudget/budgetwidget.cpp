@@ -2,7 +2,6 @@
 #include "showbudget/budgetwidget.h"
 
 #include <QContextMenuEvent>
-#include <QDockWidget>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QScreen>
@@ -13,6 +12,7 @@
 #include "keel0/memalloc.h"
 #include "miniprofiler/miniprofilerwidget.h"
 #include "recordings/kestoplayerwidget.h"
+#include "showbudget/budgetdock.h"
 #include "showbudget/chunksender.h"
 #include "showbudget/ibudgetwindowowner.h"
 #include "tessel/itesselconnection.h"
@@ -103,7 +103,7 @@ void CQBudgetWidget::CreateViews()
 
 QDockWidget *CQBudgetWidget::AddBottomDock( const QString &title, const char *pObjectName, QWidget *pContent )
 {
-	auto *pDock = new QDockWidget( title, this );
+	auto *pDock = new CQBudgetDock( title, this );
 	pDock->setObjectName( QString::fromLatin1( pObjectName ) );
 	pDock->setFeatures(
 		QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable );
