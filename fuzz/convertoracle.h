@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "fuzz/memoryfile.h"
+#include "fuzz/memorylimit.h"
 #include "fuzz/require.h"
 #include "recordings/kestomemoryreader.h"
 #include "tests/recordings/recordingoracle.h"
@@ -137,12 +138,18 @@ inline void CheckConversion( std::string_view input, convert::Format from )
 		return;
 	const convert::ConversionOptions options = ChooseOptions( static_cast<unsigned char>( input[0] ), from );
 	input.remove_prefix( 1 );
-	std::string recording;
+	static std::string recording; // keeps its place, so that only the conversion's own memory counts below
+	recording.clear();
+	recording.reserve( 2 * MOST );
 	convert::CReport report;
 	convert::ImportProblem problem;
 	convert::CInputStream stream;
 	stream.OpenMemory( input );
-	const bool bDone = ConvertTrace( stream, options, report, Into( recording ), problem );
+	bool bDone = false;
+	{
+		const CMemoryLimit limit( input.size() );
+		bDone = ConvertTrace( stream, options, report, Into( recording ), problem );
+	}
 	CheckInPieces( input, options, bDone, report, recording );
 	if ( !bDone )
 	{

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "memorylimit.h"
 #include "require.h"
 #include "target/showbudget.h"
 #include "target/src/engine.h"
@@ -436,6 +437,7 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 	Bytes answers;
 	for ( size_t nAt = 0; nAt < stream.size(); nAt += nPiece )
 	{
+		const CMemoryLimit limit( nSize );
 		session.OnBytes( std::span( stream ).subspan( nAt, std::min( nPiece, stream.size() - nAt ) ) );
 		if ( bDrainOften )
 			Drain( session, answers );

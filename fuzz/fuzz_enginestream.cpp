@@ -9,6 +9,7 @@
 #include "displaytext.h"
 #include "enginestream.h"
 #include "keel0/memalloc.h"
+#include "memorylimit.h"
 #include "require.h"
 
 namespace
@@ -194,6 +195,9 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 	const std::string token = pData[0] & 0x80 ? TOKEN : std::string();
 	const Events expected = Expected( bytes, token );
 	for ( const uint32_t nPattern : { 0u, 1u, 2u + ( pData[0] & 0x7F ) } )
+	{
+		const CMemoryLimit limit( nSize );
 		Require( Read( bytes, nPattern, token ) == expected, "a cut stream gives the events of the whole one" );
+	}
 	return 0;
 }

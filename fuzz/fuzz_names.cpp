@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "keel0/logging.h"
+#include "memorylimit.h"
 #include "miniprofiler/miniprofilerdecoder.h"
 #include "miniprofiler/miniprofilermodel.h"
 #include "miniprofiler/miniprofilertooltip.h"
@@ -232,7 +233,10 @@ extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 
 	CMiniProfilerModel model( 1 );
 	CSlowReader slow( std::string( pData + 1, pData + nSize ) );
-	Require( !DecodeMiniProfilerChunk( chunk, model ), "names are no data" );
+	{
+		const CMemoryLimit limit( chunk.size() );
+		Require( !DecodeMiniProfilerChunk( chunk, model ), "names are no data" );
+	}
 	Compare( model, slow );
 	constexpr MiniProfilerGroupMode MODES[] = {
 		MiniProfilerGroupMode::Budget, MiniProfilerGroupMode::Function, MiniProfilerGroupMode::Project };
