@@ -4,16 +4,16 @@
 
 namespace showbudget
 {
-void CFrameFilter::Add( RecordedFrame &&frame, const std::function<bool( const RecordedFrame & )> &keep )
+void CFrameFilter::Add( RecordedFrame &&frame, const std::function<void( const RecordedFrame & )> &keep )
 {
 	const bool bSlow = frame.m_Entries.front().m_nTicks > m_nSlowerThan;
 	const bool bKeep = m_nSlowerThan == 0 || bSlow || m_nAfter > 0;
 	m_nAfter = bSlow ? m_nAround : m_nAfter - ( m_nAfter > 0 );
 	m_Waiting.push_back( std::move( frame ) );
-	bool bGoOn = bKeep;
 	while ( !m_Waiting.empty() && ( bKeep || m_Waiting.size() > m_nAround ) )
 	{
-		bGoOn = bGoOn && keep( m_Waiting.front() );
+		if ( bKeep )
+			keep( m_Waiting.front() );
 		PutBack( std::move( m_Waiting.front() ) );
 		m_Waiting.pop_front();
 	}

@@ -21,9 +21,8 @@ public:
 	{
 	}
 
-	// Calls keep for every frame that is now known to be kept, oldest first, until it returns false. The frame's memory
-	// goes back to TakeEmpty.
-	void Add( RecordedFrame &&frame, const std::function<bool( const RecordedFrame & )> &keep );
+	// Calls keep for every frame that is now known to be kept, oldest first. The frame's memory goes back to TakeEmpty.
+	void Add( RecordedFrame &&frame, const std::function<void( const RecordedFrame & )> &keep );
 	// A frame to fill, with memory of an earlier one if there is any.
 	RecordedFrame TakeEmpty();
 

@@ -153,15 +153,17 @@ void CRecording::Run()
 		if ( !m_bOpen && !Open() )
 			return;
 		WriteFrames();
+		RequestEnd();
+		TakeTheRest();
 	}
 	catch ( const std::exception &failure )
 	{
 		// Out of memory, most likely. The engine goes on without us.
 		m_EndSeverity = Severity::Error;
 		m_EndReason = std::string( ": " ) + failure.what();
+		RequestEnd();
 	}
-	RequestEnd();
-	CountUnwritten();
+	CountUntaken();
 	const uint64_t nFrames = m_nFrames.load( std::memory_order_relaxed );
 	const RecordingState state = State();
 	m_File.Close();
@@ -204,9 +206,9 @@ void CRecording::WriteQueued()
 	{
 		NoteLostFrames();
 		TakeFrame( pBytes );
+		tree.Queue().Pop();
 		if ( !m_EndReason.empty() )
 			return;
-		tree.Queue().Pop();
 	}
 	if ( tree.AnyNodeLost() && !std::exchange( m_bWarnedOfNodes, true ) )
 		Report( Severity::Warning,
@@ -223,25 +225,32 @@ void CRecording::TakeFrame( const uint8_t *pBytes )
 	frame.m_nBegin = header.m_nBegin;
 	frame.m_nFrame = header.m_nFrame;
 	frame.m_Entries.assign( pEntries, pEntries + header.m_nEntries );
-	m_pFilter->Add( std::move( frame ), [this]( const RecordedFrame &kept ) { return WriteFrame( kept ); } );
+	m_pFilter->Add( std::move( frame ), [this]( const RecordedFrame &kept ) { KeepFrame( kept ); } );
 }
 
-bool CRecording::WriteFrame( const RecordedFrame &frame )
+// Frames behind a limit were not asked for; those behind an error were.
+void CRecording::KeepFrame( const RecordedFrame &frame )
+{
+	if ( m_EndReason.empty() )
+		WriteFrame( frame );
+	if ( m_EndSeverity == Severity::Error )
+		m_nUnwritten.fetch_add( 1, std::memory_order_relaxed );
+}
+
+void CRecording::WriteFrame( const RecordedFrame &frame )
 {
 	m_Bytes.clear();
 	m_pEncoder->AppendFrame( m_Bytes, frame );
 	if ( m_Options.m_nMaxBytes != 0 && m_File.Size() + m_Bytes.size() > m_Options.m_nMaxBytes )
 	{
 		m_EndReason = " at its limit of " + SizeText( m_Options.m_nMaxBytes );
-		return false;
+		return;
 	}
 	if ( !Append( m_Bytes ) )
-		return false;
+		return;
 	const uint64_t nFrames = m_nFrames.fetch_add( 1, std::memory_order_relaxed ) + 1;
-	if ( nFrames != m_Options.m_nMaxFrames )
-		return true;
-	m_EndReason = " at its limit of " + Counted( nFrames, "frame" );
-	return false;
+	if ( nFrames == m_Options.m_nMaxFrames )
+		m_EndReason = " at its limit of " + Counted( nFrames, "frame" );
 }
 
 bool CRecording::Append( const Bytes &bytes )
@@ -273,23 +282,25 @@ void CRecording::NoteLostFrames()
 	m_pEncoder->AddString( "frames left out", static_cast<uint32_t>( nLost ) );
 }
 
-// What the queue holds was measured for this recording and is not in it. Frames after a limit were not asked for.
-void CRecording::CountUnwritten()
+// What the queue holds was measured for this recording. Where that cannot be written any more, this counts what was to
+// be.
+void CRecording::TakeTheRest()
 {
-	const uint64_t nLost = g_Engine.m_RecordTree.FramesLost( m_nSession );
-	if ( m_EndSeverity != Severity::Error )
-	{
-		m_nLost.store( nLost, std::memory_order_relaxed );
-		return;
-	}
-	uint64_t nUnwritten = 0;
-	while ( const uint8_t *pBytes = g_Engine.m_RecordTree.Queue().Peek() )
-	{
-		nUnwritten += reinterpret_cast<const RecordFrameHeader *>( pBytes )->m_nSession == m_nSession;
-		g_Engine.m_RecordTree.Queue().Pop();
-	}
-	m_nLost.store( nLost, std::memory_order_relaxed );
-	m_nUnwritten.store( nUnwritten, std::memory_order_relaxed );
+	CByteQueue<RECORD_QUEUE_BYTES> &queue = g_Engine.m_RecordTree.Queue();
+	for ( ; const uint8_t *pBytes = queue.Peek(); queue.Pop() )
+		TakeFrame( pBytes );
+}
+
+// Without memory nobody can tell which frames were wanted.
+void CRecording::CountUntaken()
+{
+	CByteQueue<RECORD_QUEUE_BYTES> &queue = g_Engine.m_RecordTree.Queue();
+	uint64_t nUntaken = 0;
+	for ( ; const uint8_t *pBytes = queue.Peek(); queue.Pop() )
+		nUntaken += reinterpret_cast<const RecordFrameHeader *>( pBytes )->m_nSession == m_nSession;
+	if ( m_EndSeverity == Severity::Error )
+		m_nUnwritten.fetch_add( nUntaken, std::memory_order_relaxed );
+	m_nLost.store( g_Engine.m_RecordTree.FramesLost( m_nSession ), std::memory_order_relaxed );
 }
 
 void CRecording::End( Severity severity, const std::string &reason )

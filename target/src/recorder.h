@@ -57,10 +57,12 @@ private:
 	void WriteFrames();
 	void WriteQueued();
 	void TakeFrame( const uint8_t *pBytes );
-	bool WriteFrame( const RecordedFrame &frame );
+	void KeepFrame( const RecordedFrame &frame );
+	void WriteFrame( const RecordedFrame &frame );
 	bool Append( const Bytes &bytes );
 	void NoteLostFrames();
-	void CountUnwritten();
+	void TakeTheRest();
+	void CountUntaken();
 	void End( Severity severity, const std::string &reason );
 	void Report( Severity severity, const std::string &line ) const;
 	bool IsGivenUp() const;
@@ -77,7 +79,7 @@ private:
 	std::atomic<uint64_t> m_nFrames{ 0 };
 	std::atomic<uint64_t> m_nBytes{ 0 };
 	std::atomic<uint64_t> m_nLost{ 0 };      // found no room in the queue
-	std::atomic<uint64_t> m_nUnwritten{ 0 }; // were in the queue when the recording ended
+	std::atomic<uint64_t> m_nUnwritten{ 0 }; // were to be in the file when it could not be written any more
 	uint64_t m_nLostNoted = 0;
 	std::string m_EndReason; // why it ended by itself
 	Severity m_EndSeverity = Severity::Message;

@@ -12,57 +12,13 @@
 #include <filesystem>
 #include <thread>
 
-#include "recordingfile.h"
-#include "session.h"
+#include "recordersession.h"
 
 namespace
 {
 using showbudget::EndFrame;
 using showbudget::GetRecordingState;
 using showbudget::RecordingSettings;
-using testing::HasSubstr;
-using testing::Pair;
-
-SHOWBUDGET_BUDGET( g_Budget, "Recorder test", 1, 2, 3 );
-
-// The calls of one scope number the frames.
-void RunFrame( uint64_t nNumber )
-{
-	for ( uint64_t i = 0; i < nNumber; i++ )
-	{
-		SHOWBUDGET_SCOPE( g_Budget, "Number" );
-	}
-	EndFrame();
-}
-
-class Recorder : public CSession
-{
-protected:
-	void TearDown() override
-	{
-		showbudget::StopRecording();
-		CSession::TearDown();
-	}
-	RecordingSettings MakeRecording()
-	{
-		RecordingSettings settings;
-		settings.m_pFile = m_File.c_str();
-		return settings;
-	}
-	void Record( const RecordingSettings &settings )
-	{
-		ASSERT_TRUE( showbudget::StartRecording( settings ) );
-		EndFrame(); // the starting line
-	}
-	CRecordingFileOfTest Read() { return CRecordingFileOfTest( ReadBytes( m_File ) ); }
-	static bool WaitUntilEnded()
-	{
-		return WaitUntil( [] { return !GetRecordingState().m_bRunning; } );
-	}
-
-	CTemporaryFolder m_Folder;
-	std::string m_File = m_Folder.File( "test.kesto" );
-};
 
 TEST_F( Recorder, WhatTheStateSaysIsInTheFile )
 {
@@ -306,7 +262,7 @@ void EnterManySites()
 	for ( int i = 0; s_Sites.size() < 1000; i++ )
 	{
 		s_Names.push_back( "many " + std::to_string( i ) );
-		s_Sites.emplace_back( s_Names.back().c_str(), "", "", 0u, &g_Budget, "" );
+		s_Sites.emplace_back( s_Names.back().c_str(), "", "", 0u, &g_RecorderBudget, "" );
 	}
 	for ( showbudget::detail::CSite &site : s_Sites )
 		const showbudget::detail::CScope scope( site );
@@ -418,6 +374,27 @@ TEST_F( RecorderPipe, WhoseReaderLeavesEndsTheRecording )
 	EXPECT_TRUE( WaitForLog( "it cannot be written (Broken pipe)" ) );
 }
 
+// The frames around it that nobody would have kept are no loss.
+TEST_F( RecorderPipe, WhoseReaderLeavesCostsTheFramesThatWereWanted )
+{
+	const int nReader = OpenReader();
+	RecordingSettings settings = MakeRecording();
+	settings.m_flSlowerThan = 200.0;
+	settings.m_nFramesAround = 2;
+	ASSERT_TRUE( showbudget::StartRecording( settings ) );
+	ASSERT_TRUE( WaitUntil( [] { return GetRecordingState().m_nBytes == 8; } ) ) << "the header is written";
+	close( nReader );
+	EndFrame(); // the starting line
+	for ( uint64_t i = 1; i <= 5; i++ )
+		RunFrame( i );
+	BeBusy( 201000 );
+	RunFrame( 6 );
+	ASSERT_TRUE( WaitUntilEnded() );
+	EXPECT_EQ( GetRecordingState().m_nFrames, 0u );
+	EXPECT_EQ( GetRecordingState().m_nDropped, 3u ) << "the slow one and two before it";
+	EXPECT_TRUE( WaitForLog( "(Broken pipe): 0 frames, 0.0 KB; 3 frames were not written" ) );
+}
+
 // ThreadSanitizer does not support what a forked child does in a process with threads.
 #if SHOWBUDGET_PLAIN_COUNTERS
 TEST_F( Recorder, AForkedChildDoesNotRecordAndHoldsNoFile )
@@ -460,7 +437,7 @@ TEST_F( Recorder, RecordingsBeginAndEndWhileFramesScopesAndConsolesGoOn )
 		{
 			while ( !bEnd )
 			{
-				SHOWBUDGET_SCOPE( g_Budget, "Around" );
+				SHOWBUDGET_SCOPE( g_RecorderBudget, "Around" );
 				RunFrame( 3 );
 				nFrames++;
 				std::this_thread::yield();
@@ -471,9 +448,9 @@ TEST_F( Recorder, RecordingsBeginAndEndWhileFramesScopesAndConsolesGoOn )
 		{
 			while ( !bEnd )
 			{
-				SHOWBUDGET_SCOPE( g_Budget, "Worker" );
+				SHOWBUDGET_SCOPE( g_RecorderBudget, "Worker" );
 				{
-					SHOWBUDGET_SCOPE( g_Budget, "Worker inside" );
+					SHOWBUDGET_SCOPE( g_RecorderBudget, "Worker inside" );
 				}
 				std::this_thread::yield();
 			}
@@ -498,96 +475,5 @@ TEST_F( Recorder, RecordingsBeginAndEndWhileFramesScopesAndConsolesGoOn )
 	bEnd = true;
 	for ( std::thread &thread : threads )
 		thread.join();
-}
-
-// Commands.
-class RecordCommand : public Recorder
-{
-protected:
-	showbudget::Settings MakeSettings() override
-	{
-		showbudget::Settings settings = Recorder::MakeSettings();
-		settings.m_bCommands = true;
-		return settings;
-	}
-	static const std::string &Folder()
-	{
-		static const CTemporaryFolder s_Folder; // the first one that is registered counts
-		static const bool s_bRegistered = showbudget::RegisterRecordCommand( s_Folder.Path().c_str() );
-		EXPECT_TRUE( s_bRegistered );
-		return s_Folder.Path();
-	}
-	void SetUp() override
-	{
-		Recorder::SetUp();
-		Folder();
-		m_pConsole = std::make_unique<CTestConsole>( showbudget::Port() );
-		m_pConsole->Greet();
-	}
-	// The answer of the library, once it got the command.
-	std::string Answer( const std::string &command )
-	{
-		m_pConsole->Command( command );
-		WaitUntil(
-			[this]
-			{
-				EndFrame();
-				return m_pConsole->HasBytes();
-			} );
-		return m_pConsole->ReceiveLine();
-	}
-
-	std::unique_ptr<CTestConsole> m_pConsole;
-};
-
-TEST_F( RecordCommand, StartsAndStopsARecordingInItsFolder )
-{
-	const std::string path = Folder() + "/one.kesto";
-	EXPECT_EQ( Answer( "record start one" ), "recording to \"" + path + "\"\n" );
-	RunFrame( 1 );
-	RunFrame( 2 );
-	EXPECT_THAT( Answer( "record" ), HasSubstr( "Recording: " ) );
-	EXPECT_THAT( Answer( "record start two" ), HasSubstr( "already recording to \"" + path + '"' ) );
-	EXPECT_THAT( Answer( "record stop" ), HasSubstr( "the recording \"" + path + "\" ended: " ) );
-	const std::map<std::string, uint64_t> calls = CRecordingFileOfTest( ReadBytes( path ) ).Calls();
-	EXPECT_THAT( calls, testing::Contains( Pair( "Frame/Number", testing::Ge( 2u ) ) ) );
-	EXPECT_THAT( Answer( "record" ), HasSubstr( "Not recording; the last recording: " ) );
-	EXPECT_THAT( Answer( "record start one.kesto" ), HasSubstr( path + "\": File exists" ) );
-}
-
-TEST_F( RecordCommand, MakesUpANameAndTakesOptions )
-{
-	EXPECT_THAT( Answer( "record start frames=3 threads=all slower=0 around=0 megabytes=1" ),
-		HasSubstr( "recording to \"" + Folder() + "/recording-" ) );
-	ASSERT_TRUE( WaitUntil(
-		[]
-		{
-			RunFrame( 1 );
-			return !GetRecordingState().m_bRunning;
-		} ) );
-	EXPECT_THAT( m_pConsole->ReceiveLine(), HasSubstr( "ended at its limit of 3 frames: 3 frames" ) );
-}
-
-TEST_F( RecordCommand, SaysWhatIsWrongWithACommand )
-{
-	for ( const auto &[command, answer] :
-		std::map<std::string, std::string>{
-			{ "record start ../outside", "record: \"../outside\" is no plain file name." },
-			{ "record start /tmp/outside", "record: \"/tmp/outside\" is no plain file name." },
-			{ "record start .hidden", "record: \".hidden\" is no plain file name." },
-			{ "record start x frames=many", "record: \"frames=many\" is not understood: expected a number of frames." },
-			{ "record start x megabytes=-1",
-				"record: \"megabytes=-1\" is not understood: expected a size in megabytes." },
-			{ "record start slower=nan", "record: \"slower=nan\" is not understood: expected milliseconds." },
-			{ "record start around=1001",
-				"record: \"around=1001\" is not understood: expected a number from 0 to 1000." },
-			{ "record start threads=some",
-				"record: \"threads=some\" is not understood: expected \"frame\" or \"all\"." },
-			{ "record start x y", "record: \"y\" is not understood: expected one of" },
-			{ "record stop", "record: nothing is being recorded." },
-			{ "record play", "record takes \"start\" with a file name and options, or \"stop\"." } } )
-		EXPECT_THAT( Answer( command ), HasSubstr( answer ) );
-	EXPECT_FALSE( GetRecordingState().m_bRunning );
-	EXPECT_FALSE( std::filesystem::exists( Folder() + "/x.kesto" ) );
 }
 } // namespace

@@ -137,20 +137,9 @@ TEST( FrameFilter, KeepsWhatThePlainRuleKeeps )
 				{
 					EXPECT_EQ( keep.m_Entries.at( 0 ).m_nTicks, times[keep.m_nFrame] );
 					kept.push_back( keep.m_nFrame );
-					return true;
 				} );
 		}
 		ASSERT_EQ( kept, expected ) << "slower than " << nLimit << ", " << nAround << " around";
 	}
-}
-
-TEST( FrameFilter, AsksNoMoreOnceItWasToldToStop )
-{
-	CFrameFilter filter( 10, 3 );
-	int nAsked = 0;
-	const auto refuse = [&]( const RecordedFrame & ) { return ++nAsked < 2; };
-	for ( const uint64_t nTime : std::initializer_list<uint64_t>{ 1, 2, 3, 11 } )
-		filter.Add( { 0, 0, { { 0, 1, nTime } } }, refuse );
-	EXPECT_EQ( nAsked, 2 );
 }
 } // namespace
