@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include "text.h"
 #include "wire/recordingtokens.h"
 
 namespace showbudget
@@ -56,7 +57,7 @@ void Entry( Bytes &out, uint32_t nCalls, uint64_t nUnits )
 	if ( nUnits < wire::RECORDING_LONG_TIME )
 		return U16( out, static_cast<uint32_t>( nUnits ) );
 	U16( out, wire::RECORDING_LONG_TIME );
-	U32( out, static_cast<uint32_t>( std::min<uint64_t>( nUnits, std::numeric_limits<uint32_t>::max() ) ) );
+	U32( out, static_cast<uint32_t>( std::min<uint64_t>( nUnits, wire::RECORDING_MAX_TIME ) ) );
 }
 } // namespace
 
@@ -148,7 +149,7 @@ void CRecordingEncoder::Define( Bytes &out, uint32_t nNode )
 
 	Token( out, RecordingToken::Node );
 	U32( out, static_cast<uint32_t>( nParent ) );
-	Text( out, node.m_Name );
+	Text( out, ToLatin1( node.m_Name ) );
 	U32( out, node.m_nValue );
 	U32( out, static_cast<uint32_t>( nId ) );
 }

@@ -23,9 +23,9 @@ struct RecordedFrame
 // What a recording says of a node.
 struct RecordedNode
 {
-	uint32_t m_nParent; // lower than the node's own index
-	std::string_view m_Name;
-	uint32_t m_nValue; // 0x00RRGGBB, the colour of its budget
+	uint32_t m_nParent;      // lower than the node's own index
+	std::string_view m_Name; // UTF-8
+	uint32_t m_nValue;       // 0x00RRGGBB, the colour of its budget
 };
 
 // Times are rounded down on one axis, on which scopes lie side by side inside their caller, and differences are taken
@@ -39,8 +39,8 @@ public:
 	static void AppendFileHeader( Bytes &out );
 	// A text for whoever opens the file by hand; it goes into the next frame.
 	void AddString( std::string_view text, uint32_t nValue );
-	// Appends one whole frame, with the definitions of nodes that are new in it. Calls over 65,535 and times over 4
-	// hours are written as that.
+	// Appends one whole frame, with the definitions of nodes that are new in it. Calls over 65,535 and times over 35
+	// minutes (wire::RECORDING_MAX_TIME) are written as that.
 	void AppendFrame( Bytes &out, const RecordedFrame &frame );
 
 private:

@@ -12,6 +12,9 @@ std::string_view CutAtCharacter( std::string_view text, size_t nRoom );
 
 std::string_view TextOrEmpty( const char *pText );
 
+// For files of 8-bit text: a character that Latin-1 does not have becomes '?', a byte that is not UTF-8 stays.
+std::string ToLatin1( std::string_view utf8 );
+
 // Control characters become blanks, so that the result is one line.
 std::string OneLine( std::string_view text );
 

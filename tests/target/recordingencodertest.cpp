@@ -49,6 +49,25 @@ TEST( RecordingEncoder, WritesDefinitionsOnceAndTimingsInTheReadersOrder )
 	EXPECT_EQ( bytes, expected.m_Bytes );
 }
 
+// Readers take the file's text as Latin-1.
+TEST( RecordingEncoder, NamesAreWrittenInEightBits )
+{
+	const std::vector<std::pair<std::string, std::string>> names = { { "caf\xC3\xA9 \xC2\xB5s", "caf\xE9 \xB5s" },
+		{ "\xC3\xBF \xC4\x80 \xE2\x82\xAC \xF0\x9F\x90\x8C!", "\xFF ? ? ?!" }, { "\xE9 alone \xC3", "\xE9 alone \xC3" },
+		{ "\xE2\x82 cut", "\xE2\x82 cut" } };
+	for ( const auto &[utf8, latin1] : names )
+	{
+		const auto nodeOf = [&name = utf8]( uint32_t nNode ) {
+			return RecordedNode{ 0, nNode == 0 ? std::string_view( "Frame" ) : std::string_view( name ), 0 };
+		};
+		CRecordingEncoder encoder( FREQUENCY, nodeOf );
+		showbudget::Bytes bytes;
+		CRecordingEncoder::AppendFileHeader( bytes );
+		encoder.AppendFrame( bytes, { 0, 0, { { 0, 1, 1000 }, { 1, 1, 1000 } } } );
+		EXPECT_TRUE( CRecordingFileOfTest( bytes ).Nodes().contains( "Frame/" + latin1 ) ) << utf8;
+	}
+}
+
 TEST( RecordingEncoder, ShortTimesAreNotLostAndNeverExceedTheirParents )
 {
 	const uint32_t nSeed = RandomSeed();
@@ -90,15 +109,19 @@ TEST( RecordingEncoder, ShortTimesAreNotLostAndNeverExceedTheirParents )
 		static_cast<double>( units["Frame/b"] ), static_cast<double>( sums[2] ) / TICKS_PER_UNIT, flTolerance );
 }
 
-TEST( RecordingEncoder, TimesBeyondTheFileAreWrittenAsTheLongestOne )
+// An engine that was held in a debugger over night.
+TEST( RecordingEncoder, TimesBeyondWhatAReaderTellsAreWrittenAsTheLongestOne )
 {
-	CRecordingEncoder encoder( FREQUENCY, NodeOf );
-	showbudget::Bytes bytes;
-	CRecordingEncoder::AppendFileHeader( bytes );
-	encoder.AppendFrame( bytes, { 0, 0, { { 0, 1, uint64_t( 0x100000000 ) * TICKS_PER_UNIT } } } );
-	CRecordingWriter expected;
-	expected.Header( 0 ).BeginFrame( 0 ).Node( 1, "Frame", 0 ).BeginTimings().Entry( 1, 0xFFFFFFFF ).EndFrame();
-	EXPECT_EQ( bytes, expected.m_Bytes );
+	constexpr uint64_t MICROSECONDS_PER_UNIT = 4;
+	constexpr uint64_t LONGEST = 2147483647 / MICROSECONDS_PER_UNIT; // units; times are read as signed 32-bit numbers
+	for ( const uint64_t nUnits : { LONGEST, LONGEST + 1, uint64_t( 1 ) << 30, uint64_t( 1 ) << 32 } )
+	{
+		CRecordingEncoder encoder( FREQUENCY, NodeOf );
+		showbudget::Bytes bytes;
+		CRecordingEncoder::AppendFileHeader( bytes );
+		encoder.AppendFrame( bytes, { 0, 0, { { 0, 1, nUnits * TICKS_PER_UNIT } } } );
+		EXPECT_EQ( CRecordingFileOfTest( bytes ).At( 0, "Frame" ).m_nTime, LONGEST * MICROSECONDS_PER_UNIT ) << nUnits;
+	}
 }
 
 TEST( FrameFilter, KeepsWhatThePlainRuleKeeps )

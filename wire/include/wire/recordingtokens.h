@@ -25,6 +25,8 @@ enum class RecordingToken : int8_t
 constexpr uint8_t RECORDING_LONG_CALLS = 255;
 constexpr uint16_t RECORDING_LONG_TIME = 65535;
 constexpr uint32_t RECORDING_TIME_UNIT = 4; // microseconds per unit of a stored time
+// Longer times come back negative, or short: readers multiply in 32 bits and compare as signed numbers.
+constexpr uint32_t RECORDING_MAX_TIME = 0x7FFFFFFF / RECORDING_TIME_UNIT; // units; 35 minutes
 constexpr int RECORDING_MIN_ENTRY_SIZE = 3;
 constexpr int RECORDING_MAX_ENTRY_SIZE = 9;
 
