@@ -115,12 +115,11 @@ private:
 	CTextArena m_Texts; // names and strings
 };
 
-// Where the bytes of a recording come from.
+// Where the bytes of a recording come from. The first three operations are what every reader has, in this order of
+// their slots.
 class CKestoFile::CReader
 {
 public:
-	virtual ~CReader() = default;
-
 	// Appends the message to the reader's failure text, after a line feed when there is text already, and clears
 	// m_bGood. From then on nothing is delivered any more.
 	virtual void ReportFailure( const char *pMessage ) = 0;
@@ -129,6 +128,8 @@ public:
 	virtual int Read( void *pDestination, int nCount ) = 0;
 
 	virtual int64_t BytesLeft() const = 0;
+
+	virtual ~CReader() = default;
 
 	// Bytes ahead that may be used without a Read, as far as the reader has nothing to do in between: valid until the
 	// next call of anything, of any length, empty when there are none or the reader has failed. A reader that offers
