@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QToolTip>
 #include <QTreeWidget>
+#include <algorithm>
 
 #include "recordings/flamegraphwidget.h"
 #include "recordings/kestonodeitem.h"
@@ -49,8 +50,9 @@ void CQKestoPlayerWidget::OnFilterChanged( const QString &text )
 	}
 	if ( !toDeselect.empty() || !toSelect.empty() )
 		OnTreeSelectionChanged();
+	// The first by its id and not by its row: deliberate.
 	if ( !toSelect.empty() )
-		m_pNodeTree->scrollToItem( toSelect.front() );
+		m_pNodeTree->scrollToItem( *std::ranges::min_element( toSelect, {}, &CKestoNodeItem::GetNode ) );
 }
 
 CKestoNodeItem *CQKestoPlayerWidget::GetItemOf( int32_t nNode ) const

@@ -185,8 +185,10 @@ void CQKestoPlayerWidget::UpdateNotice()
 {
 	QString text;
 	if ( !m_pFile )
-		text = tr( "No recording is open yet. Open a .kesto file with the first button, or drop one here.\n"
-				   "Engines that are built with the target library record such files." );
+		text = tr(
+			"No recording is open yet. Open a .kesto file with the first button, or drop one here.\n"
+			"An engine with the target library writes one when SHOWBUDGET_RECORD=FILE.kesto is in its environment, or "
+			"when the console tells it \"record start\". \"kesto convert\" makes them of other tools' traces." );
 	else if ( m_pFile->GetFrameCount() == 0 )
 		text = tr( "The recording has no frames." );
 	else if ( m_pRows->GetLeftOutCount() > 0 )

@@ -93,19 +93,32 @@ TEST_F( FlameGraph, BarsStandAtTheirTimeAndGrowUpwards )
 	EXPECT_FLOAT_EQ( static_cast<float>( wide.top() ), -20.0f );
 }
 
-TEST_F( FlameGraph, ABarIsARoundedRectangleWithItsNameInTheMiddle )
+TEST_F( FlameGraph, ABarIsARoundedRectangleWithItsNameInTheMiddleAtEveryZoom )
 {
 	Show( 0 );
-	const QRectF rect = Item( 2 ).boundingRect();
-	const std::vector<PaintOp> ops = Paint( Item( 2 ) );
-	ASSERT_EQ( ops.size(), 3u );
-	EXPECT_EQ( ops[0].m_Kind, PaintOp::Kind::Path );
-	EXPECT_EQ( ops[0].m_Colour, QColor( 245, 240, 215 ) ) << "depth 1, leaf 1";
-	EXPECT_EQ( ops[1].m_Kind, PaintOp::Kind::Path );
-	EXPECT_EQ( ops[1].m_Colour, QColor( Qt::darkYellow ) );
-	EXPECT_NEAR( ops[0].m_Rect.width(), rect.width(), 0.01 );
-	EXPECT_EQ( ops[2], PaintOp::Text( rect.adjusted( 1, 1, -2, -2 ), Qt::AlignCenter | Qt::TextWordWrap, "wide",
-						   ops[2].m_Font, QColor( 30, 30, 40 ) ) );
+	double flXScale = 0.1;
+	double flRowHeight = 20.0;
+	for ( const auto &[nDelta, bRowHeight] : { std::pair{ 0, false }, { 120, false }, { 240, true }, { -480, false } } )
+	{
+		Wheel( QPoint( 100, 100 ), nDelta, bRowHeight ? Qt::ControlModifier : Qt::NoModifier );
+		( bRowHeight ? flRowHeight : flXScale ) *= std::exp( nDelta * 0.005 );
+		const QRectF rect( 36 * flXScale, -flRowHeight, 8000 * flXScale, flRowHeight * 0.85 );
+		const std::vector<PaintOp> ops = Paint( Item( 2 ) );
+		ASSERT_EQ( ops.size(), 3u );
+		EXPECT_EQ( ops[0].m_Kind, PaintOp::Kind::Path );
+		EXPECT_EQ( ops[0].m_Colour, QColor( 245, 240, 215 ) ) << "depth 1, leaf 1";
+		EXPECT_EQ( ops[1].m_Kind, PaintOp::Kind::Path );
+		EXPECT_EQ( ops[1].m_Colour, QColor( Qt::darkYellow ) );
+		for ( const PaintOp &op : { ops[0], ops[1] } )
+		{
+			EXPECT_NEAR( op.m_Rect.left(), rect.left(), 0.01 );
+			EXPECT_NEAR( op.m_Rect.top(), rect.top(), 0.01 );
+			EXPECT_NEAR( op.m_Rect.width(), rect.width(), 0.01 );
+			EXPECT_NEAR( op.m_Rect.height(), rect.height(), 0.01 );
+		}
+		EXPECT_EQ( ops[2], PaintOp::Text( Item( 2 ).boundingRect().adjusted( 1, 1, -2, -2 ),
+							   Qt::AlignCenter | Qt::TextWordWrap, "wide", ops[2].m_Font, QColor( 30, 30, 40 ) ) );
+	}
 }
 
 TEST_F( FlameGraph, ABarShowsAnyNameOnOneLine )
@@ -175,9 +188,10 @@ TEST_F( FlameGraph, TheScaleShowsMillisecondsAndBudgetsAtSeveralZooms )
 {
 	Show( 0 );
 	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
-	for ( const int nSteps : { 0, 120, -360 } )
+	for ( const auto &[nSteps, modifier] : { std::pair{ 0, Qt::NoModifier }, { 120, Qt::NoModifier },
+			  { 180, Qt::ControlModifier }, { -360, Qt::NoModifier } } )
 	{
-		Wheel( QPoint( 100, 100 ), nSteps );
+		Wheel( QPoint( 100, 100 ), nSteps, modifier );
 		const std::vector<PaintOp> ops = Paint( scale );
 		const std::vector<PaintOp> expected = ExpectedScale( m_Widget.GetMap(), 17, 5, ops.back().m_Font );
 		ASSERT_EQ( ops.size(), expected.size() ) << nSteps;

@@ -29,6 +29,8 @@ protected:
 		QString m_Title, m_Text;
 		QMessageBox::StandardButtons m_Buttons;
 		Qt::TextFormat m_Format;
+		QMessageBox::Icon m_Icon;
+		bool m_bHasDefault;
 	};
 
 	// Opens the file and answers the message box, if there is one.
@@ -39,8 +41,9 @@ protected:
 			{
 				if ( auto *pBox = qobject_cast<QMessageBox *>( QApplication::activeModalWidget() ) )
 				{
-					m_Questions.push_back(
-						{ pBox->windowTitle(), pBox->text(), pBox->standardButtons(), pBox->textFormat() } );
+					EXPECT_EQ( pBox->parentWidget(), &m_Player );
+					m_Questions.push_back( { pBox->windowTitle(), pBox->text(), pBox->standardButtons(),
+						pBox->textFormat(), pBox->icon(), pBox->defaultButton() != nullptr } );
 					pBox->button( answer )->click();
 				}
 			} );
@@ -67,6 +70,7 @@ TEST_F( Loading, AFileThatIsNotThereHasAnUnsupportedVersion )
 	EXPECT_EQ( m_Questions[0].m_Title, "File Error" );
 	EXPECT_EQ( m_Questions[0].m_Text, "Unsupported file version" );
 	EXPECT_EQ( m_Questions[0].m_Buttons, QMessageBox::Cancel );
+	EXPECT_EQ( m_Questions[0].m_Icon, QMessageBox::Warning );
 	EXPECT_EQ( m_Player.GetRecording(), nullptr );
 }
 
@@ -83,6 +87,18 @@ TEST_F( Loading, ACutFileOffersTheFramesBeforeTheCut )
 	EXPECT_EQ( m_Questions[0].m_Title, "File Error, 2 frames recovered. Continue?" );
 	EXPECT_EQ( m_Questions[0].m_Text, "Truncated file\nTimings truncated" );
 	EXPECT_EQ( m_Questions[0].m_Buttons, QMessageBox::Ok | QMessageBox::Cancel );
+	EXPECT_EQ( m_Questions[0].m_Icon, QMessageBox::Warning );
+	EXPECT_FALSE( m_Questions[0].m_bHasDefault );
+}
+
+TEST_F( Loading, AFileOfOneStepRunsNoEvents )
+{
+	const QString path = Write( "short.kesto", RecordingOf( 35, 1000 ) );
+	ASSERT_LT( QFileInfo( path ).size(), 131072 );
+	int nTurns = 0;
+	const CEventTurns turns( [&]( int ) { nTurns++; } );
+	EXPECT_TRUE( m_Player.OpenRecording( path ) );
+	EXPECT_EQ( nTurns, 0 ) << "no progress is seen, and nothing can stop it";
 }
 
 TEST_F( Loading, StopAnswersFromTheFirstProgressStepOn )
@@ -141,11 +157,16 @@ TEST_F( Loading, AFileNameIsShownAsItStands )
 TEST_F( Loading, CancellingTheFileDialogChangesNothing )
 {
 	const CEventTurns turns(
-		[]( int )
+		[this]( int )
 		{
 			if ( auto *pDialog = qobject_cast<QFileDialog *>( QApplication::activeModalWidget() ) )
 			{
 				EXPECT_EQ( pDialog->windowTitle(), "Open kesto recording" );
+				EXPECT_EQ(
+					pDialog->nameFilters(), ( QStringList{ ".kesto Recordings (*.kesto)", "All Files (*.*)" } ) );
+				EXPECT_EQ( pDialog->fileMode(), QFileDialog::ExistingFile );
+				EXPECT_EQ( pDialog->acceptMode(), QFileDialog::AcceptOpen );
+				EXPECT_EQ( pDialog->parentWidget(), &m_Player );
 				pDialog->reject();
 			}
 		} );

@@ -1,89 +1,29 @@
-#include <gmock/gmock.h>
+// What the player shows: its parts, the tree's cells and order, texts.
+#include <gtest/gtest.h>
 
 #include <QAction>
-#include <QDropEvent>
-#include <QFile>
+#include <QDir>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
-#include <QMimeData>
 #include <QSlider>
 #include <QSplitter>
 #include <QStyledItemDelegate>
 #include <QTemporaryDir>
-#include <QTest>
 #include <QTextDocument>
-#include <QTimer>
 #include <QToolBar>
-#include <QToolTip>
-#include <QTreeWidget>
-#include <QUrl>
 
-#include "keel0/keyvalues.h"
-#include "keel0/platform.h"
 #include "recordings/flamegraphrowitem.h"
-#include "recordings/flamegraphwidget.h"
-#include "recordings/kestoplayerwidget.h"
 #include "recordings/kestotexts.h"
-#include "tests/recordings/recordingreaders.h"
-#include "tests/recordings/recordingwriter.h"
+#include "tests/recordings/playerfixture.h"
 
 namespace
 {
-// Root 0 with "Physics" (1) and "Render" (2), "Shadows" (3) below 2: rows 0, 2, 3, 1. Times in units of 4 microseconds;
-// the time of "Render" is nRender.
-CRecordingWriter &Frame( CRecordingWriter &writer, uint32_t nRoot, uint32_t nRender )
+QStringList CellsOf( const QTreeWidgetItem &item )
 {
-	return writer.BeginFrame()
-		.BeginTimings()
-		.Entry( 1, nRoot )
-		.Entry( 2, nRender )
-		.Entry( 0, 0 )
-		.Entry( 3, 0 )
-		.EndFrame();
+	return { item.text( 1 ), item.text( 2 ), item.text( 3 ) };
 }
-
-CRecordingWriter Recording( const std::vector<uint32_t> &renderTimes )
-{
-	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
-	writer.Node( 0, "Physics", 1 ).Node( 0, "Render", 2 ).Node( 2, "Shadows", 3 ).EndFrame();
-	for ( const uint32_t nTime : renderTimes )
-		Frame( writer, 4000, nTime );
-	return writer;
-}
-
-class Player : public testing::Test
-{
-protected:
-	Player()
-	{
-		m_Player.resize( 900, 400 );
-		m_Player.show();
-	}
-
-	void Show( const CRecordingWriter &writer ) { m_Player.SetRecording( Parse( writer ).Get() ); }
-	template <typename T>
-	T &Child() const
-	{
-		return *m_Player.findChild<T *>();
-	}
-	QTreeWidgetItem &Item( const char *pName ) const
-	{
-		return *Child<QTreeWidget>().findItems( pName, Qt::MatchExactly | Qt::MatchRecursive ).value( 0 );
-	}
-	QStringList Cells( const char *pName ) const
-	{
-		return { Item( pName ).text( 1 ), Item( pName ).text( 2 ), Item( pName ).text( 3 ) };
-	}
-	void Key( Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier )
-	{
-		QTest::keyClick( &Child<CQFlamegraphWidget>(), key, modifiers );
-	}
-
-	CQKestoPlayerWidget m_Player{ nullptr };
-};
 
 TEST_F( Player, TheToolBarHasItsActionsInOrderAndOnlyOpenIsEnabled )
 {
@@ -96,6 +36,30 @@ TEST_F( Player, TheToolBarHasItsActionsInOrderAndOnlyOpenIsEnabled )
 	EXPECT_EQ( texts, ( QStringList{ "Capture on", "Capture off", "Capture off", "Stop Capture off" } ) );
 	EXPECT_TRUE( actions[2]->isSeparator() );
 	EXPECT_TRUE( actions[5]->isSeparator() );
+}
+
+TEST( PlayerActions, HaveTheIconsOfTheHost )
+{
+	const QStringList names = { "open", "save", "control_record", "control_stop" };
+	const QTemporaryDir folder;
+	ASSERT_TRUE( QDir( folder.path() ).mkpath( "tools/images/common" ) );
+	for ( int i = 0; i < names.size(); i++ )
+	{
+		QImage image( 16, 16, QImage::Format_RGB32 );
+		image.fill( QColor( 10 * i, 200, 100 ) );
+		ASSERT_TRUE( image.save( folder.filePath( "tools/images/common/" + names[i] + ".png" ) ) );
+	}
+	const QStringList before = QDir::searchPaths( "game" );
+	QDir::setSearchPaths( "game", { folder.path() } );
+	const CQKestoPlayerWidget player( nullptr );
+	QDir::setSearchPaths( "game", before );
+	QList<QColor> colours;
+	for ( const QAction *pAction : player.findChild<QToolBar *>()->actions() )
+		if ( !pAction->icon().isNull() )
+			colours << pAction->icon().pixmap( 16 ).toImage().pixelColor( 8, 8 );
+	EXPECT_EQ( colours.size(), names.size() );
+	for ( int i = 0; i < colours.size(); i++ )
+		EXPECT_EQ( colours[i], QColor( 10 * i, 200, 100 ) ) << names[i].toStdString();
 }
 
 TEST_F( Player, TreeAndFlameGraphStandInTitledBoxesBelowTheToolBar )
@@ -136,7 +100,8 @@ TEST_F( Player, AnEmptyPlayerSaysHowToGetARecording )
 	QStringList texts;
 	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
 		texts << ( pLabel->isVisible() ? pLabel->text() : "" );
-	EXPECT_TRUE( texts.join( "" ).contains( ".kesto" ) );
+	for ( const char *pWay : { "Open a .kesto file", "drop", "SHOWBUDGET_RECORD=", "record start", "kesto convert" } )
+		EXPECT_TRUE( texts.join( "" ).contains( pWay ) ) << pWay;
 	Show( Recording( { 1 } ) );
 	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
 		EXPECT_FALSE( pLabel->isVisible() && pLabel->text().contains( ".kesto" ) );
@@ -158,15 +123,15 @@ TEST_F( Player, TheTreeHasTheNodesBelowTheRootInTheOrderOfTheirChains )
 TEST_F( Player, CellsShowMillisecondsDashesAndNothing )
 {
 	Show( Recording( { 3000 } ) );
-	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "", "", "" } ) ) << "frame 0 has no timings";
+	EXPECT_EQ( CellsOf( Item( "Render" ) ), ( QStringList{ "", "", "" } ) ) << "frame 0 has no timings";
 	m_Player.OnSetTick( 1 );
-	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "12.0", "12.0", "2" } ) );
-	EXPECT_EQ( Cells( "Shadows" ), ( QStringList{ "", "", "" } ) );
-	EXPECT_EQ( Cells( "Physics" ), ( QStringList{ "-", "-", "3" } ) );
+	EXPECT_EQ( CellsOf( Item( "Render" ) ), ( QStringList{ "12.0", "12.0", "2" } ) );
+	EXPECT_EQ( CellsOf( Item( "Shadows" ) ), ( QStringList{ "", "", "" } ) );
+	EXPECT_EQ( CellsOf( Item( "Physics" ) ), ( QStringList{ "-", "-", "3" } ) );
 	EXPECT_EQ( Item( "Render" ).toolTip( 1 ), "ave: 6.000000/call\nmax: 12.000000\nid: 2" );
 	EXPECT_EQ( Child<QSlider>().toolTip(), "1" );
 	m_Player.OnSetTick( 0 );
-	EXPECT_EQ( Cells( "Render" ), ( QStringList{ "", "", "" } ) );
+	EXPECT_EQ( CellsOf( Item( "Render" ) ), ( QStringList{ "", "", "" } ) );
 	EXPECT_EQ( Item( "Render" ).toolTip( 1 ), "ave: 6.000000/call\nmax: 12.000000\nid: 2" ) << "left as it was";
 }
 
@@ -203,14 +168,14 @@ TEST_F( Player, ASecondRecordingLoadedAwayFromTheFirstFrameStaysUnfilledUntilThe
 		return writer.BeginFrame().BeginTimings().Entry( 1, nTime ).Entry( 1, nTime ).EndFrame();
 	};
 	Show( filled( 250 ) );
-	EXPECT_EQ( Cells( "Render" )[0], "1.00" );
+	EXPECT_EQ( CellsOf( Item( "Render" ) )[0], "1.00" );
 	Child<QSlider>().setValue( 1 );
 	Show( filled( 500 ) );
 	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
-	EXPECT_EQ( Cells( "Render" )[0], "" );
+	EXPECT_EQ( CellsOf( Item( "Render" ) )[0], "" );
 	EXPECT_EQ( Child<CQFlamegraphWidget>().GetRowItems()[0]->GetBar().m_nWidth, 0 );
 	Child<QSlider>().setValue( 1 );
-	EXPECT_EQ( Cells( "Render" )[0], "2.00" );
+	EXPECT_EQ( CellsOf( Item( "Render" ) )[0], "2.00" );
 }
 
 TEST_F( Player, ARecordingWithoutFramesDisablesTheSlider )
@@ -223,143 +188,6 @@ TEST_F( Player, ARecordingWithoutFramesDisablesTheSlider )
 	EXPECT_EQ( Child<QTreeWidget>().topLevelItemCount(), 0 );
 }
 
-TEST_F( Player, SelectionGoesBothWays )
-{
-	Show( Recording( { 3000 } ) );
-	m_Player.OnSetTick( 1 );
-	CQFlamegraphWidget &flames = Child<CQFlamegraphWidget>();
-	Item( "Shadows" ).setSelected( true );
-	EXPECT_TRUE( flames.GetRowItems()[2]->isSelected() );
-	EXPECT_EQ( flames.GetSelectedNode(), 3 );
-	Item( "Shadows" ).setSelected( false );
-	EXPECT_FALSE( flames.GetRowItems()[2]->isSelected() );
-
-	flames.GetRowItems()[2]->setSelected( true );
-	EXPECT_TRUE( Item( "Shadows" ).isSelected() );
-	EXPECT_TRUE( Item( "Render" ).isExpanded() );
-	flames.GetRowItems()[0]->setSelected( true );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 1 ) << "the root has no item";
-}
-
-TEST_F( Player, TheFilterSelectsWhatMatchesAndNothingElse )
-{
-	Show( Recording( { 1 } ) );
-	QTest::keyClicks( &Child<QLineEdit>(), "s?x" );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{} );
-	Child<QLineEdit>().setText( "SH?D" );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{ &Item( "Shadows" ) } );
-	EXPECT_TRUE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
-	EXPECT_TRUE( Item( "Render" ).isExpanded() ) << "what is selected can be seen";
-	Child<QLineEdit>().setText( "phys" );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems(), QList<QTreeWidgetItem *>{ &Item( "Physics" ) } );
-	EXPECT_FALSE( Child<CQFlamegraphWidget>().GetRowItems()[2]->isSelected() );
-	Child<QLineEdit>().setText( "" );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 3 ) << "an empty text matches every name";
-}
-
-TEST_F( Player, AFilterThatMatchesMoreThan200ItemsChangesNothing )
-{
-	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
-	for ( int32_t i = 1; i <= 201; i++ )
-		writer.Node( 0, i == 1 ? "xa" : "a", i );
-	Show( writer.EndFrame() );
-	Item( "xa" ).setSelected( true );
-	Child<QLineEdit>().setText( "x" );
-	Child<QLineEdit>().setText( "a" ); // 200, besides the selected one
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 201 );
-	Child<QTreeWidget>().clearSelection();
-	Child<QLineEdit>().setText( "" );
-	EXPECT_EQ( Child<QTreeWidget>().selectedItems().size(), 0 );
-	EXPECT_EQ( QToolTip::text(), "too many (201) items matched" );
-	QToolTip::hideText();
-}
-
-QStringList TextsOf( const std::vector<NodeMenuEntry> &entries )
-{
-	QStringList texts;
-	for ( const NodeMenuEntry &entry : entries )
-		texts << entry.m_Text;
-	return texts;
-}
-
-TEST_F( Player, TheNodeMenuListsTheNextFramesAtHalvesOfTheMaximum )
-{
-	// Frames 1 to 5 of "Render": 4000, 400, 1200, 2400, 4000 microseconds; the maximum is frame 1.
-	const CRefPtr<CKestoFile> pFile = Parse( Recording( { 1000, 100, 300, 600, 1000 } ) );
-	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, 1 ) ),
-		( QStringList{ "Max frame 1 (4.000000 ms)", "Next frame 4 (2.400000 ms)", "Next frame 3 (1.200000 ms)",
-			"Next frame 2 (0.400000 ms)" } ) );
-	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, -1 ) ), ( QStringList{ "Max frame 1 (4.000000 ms)" } ) );
-	EXPECT_EQ( TextsOf( MakeNodeMenu( *pFile, 2, 5 ) ), ( QStringList{ "Max frame 1 (4.000000 ms)" } ) );
-}
-
-TEST_F( Player, ANodeWithoutTimeHasNoNextFrames )
-{
-	EXPECT_EQ( TextsOf( MakeNodeMenu( *Parse( Recording( { 1 } ) ), 3, 0 ) ),
-		( QStringList{ "Max frame -1 (0.000000 ms)" } ) );
-}
-
-TEST_F( Player, WhereThereIsNoNodeThereIsNoMenu )
-{
-	m_Player.OnNodeTreeItemClicked( QPoint( 10, 10 ) );
-	m_Player.OnItemContextMenu( 0, QPoint( 10, 10 ) ); // would wait for the user
-	Show( Recording( { 1 } ) );
-	m_Player.OnNodeTreeItemClicked( Child<QTreeWidget>().viewport()->rect().bottomLeft() );
-	EXPECT_EQ( QApplication::activePopupWidget(), nullptr );
-}
-
-TEST_F( Player, TheContextMenuCopiesTheNameOrShowsAFrame )
-{
-	static QString s_Clipboard;
-	Plat_SetClipboardSink( []( const char *pText ) { s_Clipboard = pText; } );
-	Show( Recording( { 1, 9, 1 } ) );
-	for ( const int nEntry : { 0, 1 } )
-	{
-		QTimer::singleShot( 0, &m_Player,
-			[nEntry]
-			{
-				auto *pMenu = qobject_cast<QMenu *>( QApplication::activePopupWidget() );
-				ASSERT_NE( pMenu, nullptr );
-				pMenu->setActiveAction( pMenu->actions()[nEntry] );
-				QTest::keyClick( pMenu, Qt::Key_Return );
-			} );
-		QTreeWidget &tree = Child<QTreeWidget>();
-		m_Player.OnNodeTreeItemClicked( tree.visualItemRect( &Item( "Render" ) ).center() );
-	}
-	Plat_SetClipboardSink( nullptr );
-	EXPECT_EQ( s_Clipboard, "Render" );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 2 );
-	EXPECT_EQ( Child<QSlider>().value(), 2 );
-}
-
-TEST_F( Player, KeysStepThroughTheFrames )
-{
-	CRecordingWriter writer = CRecordingWriter().Header();
-	for ( uint32_t i = 0; i < 30; i++ )
-		writer.BeginFrame().BeginTimings().Entry( 1, i == 7 ? 300 : i == 20 ? 400 : 100 ).EndFrame();
-	Show( writer );
-	Key( Qt::Key_Left );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
-	Key( Qt::Key_Right );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 1 );
-	Key( Qt::Key_Right, Qt::ShiftModifier );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 11 );
-	Key( Qt::Key_N );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 20 );
-	Key( Qt::Key_N );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 20 ) << "there is no further slow frame";
-	Key( Qt::Key_N, Qt::ShiftModifier );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 7 );
-	Key( Qt::Key_M );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 20 );
-	EXPECT_EQ( Child<QSlider>().value(), 20 );
-	QTest::keyClick( &Child<QLineEdit>(), Qt::Key_N );
-	EXPECT_EQ( Child<QLineEdit>().text(), "n" ) << "the filter keeps its letters";
-	for ( int i = 0; i < 3; i++ )
-		Key( Qt::Key_Right, Qt::ShiftModifier );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 29 );
-}
-
 TEST_F( Player, TheFrameAndItsTimeAreReadable )
 {
 	Show( Recording( { 1, 2 } ) );
@@ -368,6 +196,18 @@ TEST_F( Player, TheFrameAndItsTimeAreReadable )
 	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
 		texts << pLabel->text();
 	EXPECT_TRUE( texts.contains( "Frame 2 of 3: 16.0 ms" ) );
+}
+
+TEST_F( Player, NodesThatAreNotShownAreCounted )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i <= 4100; i++ )
+		writer.Node( i - 1, "", i );
+	Show( writer.EndFrame() );
+	QStringList texts;
+	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
+		texts << pLabel->text();
+	EXPECT_TRUE( texts.contains( "4 nodes not shown" ) );
 }
 
 TEST_F( Player, AClickOnAColumnSortsNumbersAsNumbersWithDashesBelow )
@@ -397,16 +237,35 @@ TEST_F( Player, AClickOnAColumnSortsNumbersAsNumbersWithDashesBelow )
 	EXPECT_EQ( order(), "empty dash nine ten" );
 }
 
-TEST_F( Player, NodesThatAreNotShownAreCounted )
+TEST_F( Player, AnotherFrameIsSortedAgain )
 {
-	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
-	for ( int32_t i = 1; i <= 4100; i++ )
-		writer.Node( i - 1, "", i );
-	Show( writer.EndFrame() );
-	QStringList texts;
-	for ( const QLabel *pLabel : m_Player.findChildren<QLabel *>() )
-		texts << pLabel->text();
-	EXPECT_TRUE( texts.contains( "4 nodes not shown" ) );
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "b", 1 ).Node( 0, "a", 2 );
+	writer.BeginTimings().Entry( 1, 9 ).Entry( 1, 1 ).Entry( 1, 2 ).EndFrame();
+	Show( writer.BeginFrame().BeginTimings().Entry( 1, 9 ).Entry( 1, 4 ).Entry( 1, 3 ).EndFrame() );
+	QTreeWidget &tree = Child<QTreeWidget>();
+	emit tree.header()->sectionClicked( 1 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "b" );
+	m_Player.OnSetTick( 1 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "a" );
+}
+
+TEST_F( Player, AnotherRecordingIsInTheOrderOfItsFileAgain )
+{
+	Show( Recording( { 1 } ) );
+	QTreeWidget &tree = Child<QTreeWidget>();
+	emit tree.header()->sectionClicked( 0 );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "Physics" );
+	Show( Recording( { 1 } ) );
+	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "Render" );
+	EXPECT_FALSE( tree.header()->isSortIndicatorShown() );
+}
+
+TEST_F( Player, TheTreeFitsItsColumnsAtFirst )
+{
+	m_Player.resize( 1400, 600 );
+	QCoreApplication::processEvents();
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	EXPECT_EQ( tree.header()->length(), tree.viewport()->width() ) << "no scroll bar, no gap";
 }
 
 // What a label or a tool tip shows of its text.
@@ -458,124 +317,4 @@ TEST_F( Player, ALineFeedInANameBreaksNoRow )
 	EXPECT_EQ( tree.selectedItems().size(), 1 ) << "the filter knows the name itself";
 }
 
-TEST_F( Player, ADroppedFileIsOpened )
-{
-	QTemporaryDir folder;
-	const QString path = folder.filePath( "dropped.kesto" );
-	QFile file( path );
-	ASSERT_TRUE( file.open( QIODevice::WriteOnly ) );
-	const std::vector<uint8_t> bytes = Recording( { 1, 2 } ).m_Bytes;
-	file.write( reinterpret_cast<const char *>( bytes.data() ), static_cast<qint64>( bytes.size() ) );
-	file.close();
-	QMimeData data;
-	data.setUrls( { QUrl::fromLocalFile( path ) } );
-	QDragEnterEvent enter( QPoint( 5, 5 ), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier );
-	QCoreApplication::sendEvent( &m_Player, &enter );
-	EXPECT_TRUE( enter.isAccepted() );
-	QDropEvent drop( QPointF( 5, 5 ), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier );
-	QCoreApplication::sendEvent( &m_Player, &drop );
-	EXPECT_EQ( m_Player.GetRecording(), nullptr ) << "not while the drop is being handled";
-	QCoreApplication::processEvents();
-	ASSERT_NE( m_Player.GetRecording(), nullptr );
-	EXPECT_EQ( m_Player.GetRecording()->GetFrameCount(), 3 );
-
-	KeyValues settings( "settings" );
-	m_Player.SaveSettings( settings );
-	EXPECT_EQ( QString( settings.GetString( "recording_directory" ) ), folder.path() );
-}
-
-TEST_F( Player, AFileMayBeDroppedOnAnyPartOfIt )
-{
-	QMimeData data;
-	data.setUrls( { QUrl::fromLocalFile( "/some/file.kesto" ) } );
-	QMimeData twoFiles;
-	twoFiles.setUrls( { QUrl::fromLocalFile( "/a.kesto" ), QUrl::fromLocalFile( "/b.kesto" ) } );
-	QMimeData text;
-	text.setText( "/a.kesto" );
-	const auto isTaken = []( QWidget &widget, const QMimeData &what )
-	{
-		QDragEnterEvent enter( QPoint( 2, 2 ), Qt::CopyAction, &what, Qt::LeftButton, Qt::NoModifier );
-		QCoreApplication::sendEvent( &widget, &enter );
-		return enter.isAccepted();
-	};
-	for ( QWidget *pPart :
-		{ static_cast<QWidget *>( &m_Player ), Child<QTreeWidget>().viewport(), Child<CQFlamegraphWidget>().viewport(),
-			static_cast<QWidget *>( &Child<QLineEdit>() ), static_cast<QWidget *>( &Child<QSlider>() ) } )
-	{
-		EXPECT_TRUE( isTaken( *pPart, data ) ) << pPart->metaObject()->className();
-		EXPECT_FALSE( isTaken( *pPart, twoFiles ) ) << pPart->metaObject()->className();
-		EXPECT_FALSE( isTaken( *pPart, text ) ) << pPart->metaObject()->className();
-	}
-}
-
-TEST_F( Player, WithoutAFileNoFolderIsSaved )
-{
-	KeyValues settings( "settings" );
-	settings.SetString( "recording_directory", "/of/another/window" );
-	m_Player.SaveSettings( settings );
-	EXPECT_STREQ( settings.GetString( "recording_directory" ), "/of/another/window" );
-}
-
-// 3 hangs below 0 and below 2: its rows are 1 and 3.
-CRecordingWriter ReachedTwice()
-{
-	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "three", 3 ).Node( 0, "one", 1 );
-	return writer.Node( 0, "two", 2 ).Node( 2, "three", 3 ).EndFrame();
-}
-
-TEST_F( Player, ANodeWithTwoRowsIsSelectedAsOne )
-{
-	Show( ReachedTwice() );
-	const QList<QTreeWidgetItem *> rows =
-		Child<QTreeWidget>().findItems( "three", Qt::MatchExactly | Qt::MatchRecursive );
-	ASSERT_EQ( rows.size(), 2 );
-	CQFlamegraphWidget &flames = Child<CQFlamegraphWidget>();
-	const auto barsSelected = [&]
-	{
-		int nSelected = 0;
-		for ( const CQFlamegraphRowItem *pBar : flames.GetRowItems() )
-			nSelected += pBar->GetNode() == 3 && pBar->isSelected() ? 1 : 0;
-		return nSelected;
-	};
-	for ( QTreeWidgetItem *pRow : rows )
-	{
-		pRow->setSelected( true );
-		EXPECT_EQ( barsSelected(), 2 );
-	}
-	rows[0]->setSelected( false );
-	EXPECT_EQ( barsSelected(), 2 ) << "one row is selected still";
-	rows[0]->setSelected( true );
-	m_Player.OnSelectedChanged( 3, false );
-	EXPECT_FALSE( rows[0]->isSelected() || rows[1]->isSelected() );
-	EXPECT_EQ( barsSelected(), 0 );
-}
-
-TEST_F( Player, ShowingAFrameThatThereIsNotShowsTheNearest )
-{
-	Show( Recording( { 1, 2 } ) );
-	m_Player.ShowFrame( 99 );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 2 );
-	m_Player.ShowFrame( -5 );
-	EXPECT_EQ( m_Player.GetCurrentTick(), 0 );
-}
-
-TEST_F( Player, AnotherFrameIsSortedAgain )
-{
-	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "b", 1 ).Node( 0, "a", 2 );
-	writer.BeginTimings().Entry( 1, 9 ).Entry( 1, 1 ).Entry( 1, 2 ).EndFrame();
-	Show( writer.BeginFrame().BeginTimings().Entry( 1, 9 ).Entry( 1, 4 ).Entry( 1, 3 ).EndFrame() );
-	QTreeWidget &tree = Child<QTreeWidget>();
-	emit tree.header()->sectionClicked( 1 );
-	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "b" );
-	m_Player.OnSetTick( 1 );
-	EXPECT_EQ( tree.topLevelItem( 0 )->text( 0 ), "a" );
-}
-
-TEST_F( Player, TheTreeFitsItsColumnsAtFirst )
-{
-	m_Player.resize( 1400, 600 );
-	QCoreApplication::processEvents();
-	const QTreeWidget &tree = Child<QTreeWidget>();
-	EXPECT_EQ( tree.header()->length(), tree.viewport()->width() ) << "no scroll bar, no gap";
-}
 } // namespace
