@@ -4,6 +4,8 @@
 #include <QGraphicsSceneMouseEvent>
 #include <QPainter>
 #include <QStyleOptionGraphicsItem>
+#include <algorithm>
+#include <utility>
 
 #include "recordings/flamegraphwidget.h"
 #include "recordings/flamescalelayout.h"
@@ -40,18 +42,36 @@ QRectF CQFlamegraphScaleItem::boundingRect() const
 	return FlameScaleRect( m_Scale, m_Widget.GetMap() );
 }
 
+static QFont SizedFont( const QFont &usual, double flSize )
+{
+	QFont font = usual;
+	if ( usual.pointSizeF() > 0.0 )
+		font.setPointSizeF( usual.pointSizeF() * flSize );
+	else
+		font.setPixelSize( std::max( static_cast<int>( usual.pixelSize() * flSize ), 1 ) );
+	return font;
+}
+
 static void DrawLabels( QPainter &painter, const std::vector<FlameScaleLabel> &labels )
 {
+	const QFont usual = painter.font();
+	double flSize = 1.0;
 	for ( const FlameScaleLabel &label : labels )
+	{
+		if ( label.m_flFontSize != std::exchange( flSize, label.m_flFontSize ) )
+			painter.setFont( SizedFont( usual, flSize ) );
 		painter.drawText( label.m_Box, static_cast<int>( label.m_Alignment ), label.m_Text );
+	}
+	painter.setFont( usual );
 }
 
 void CQFlamegraphScaleItem::paint( QPainter *pPainter, const QStyleOptionGraphicsItem *pOption, QWidget * )
 {
 	// Nothing exposed is how a plain option says that it does not know.
 	const QRectF exposed = pOption && !pOption->exposedRect.isEmpty() ? pOption->exposedRect : boundingRect();
-	const FlameScaleLayout layout = LayoutFlameScale( m_Scale, m_flMarker, m_Widget.GetMap(),
-		static_cast<float>( exposed.left() ), static_cast<float>( exposed.right() ) );
+	const FlameScaleLayout layout =
+		LayoutFlameScale( m_Scale, m_flMarker, m_Widget.GetMap(), static_cast<float>( exposed.left() ),
+			static_cast<float>( exposed.right() ), QFontMetricsF( pPainter->font() ) );
 	pPainter->setPen( BAND_COLOUR );
 	pPainter->setBrush( Qt::NoBrush );
 	for ( const QRectF &rect : layout.m_Outlines )

@@ -35,22 +35,45 @@ QRectF FlameScaleRect( const FlameScale &scale, const FlameMap &map )
 		3 * BAND_HEIGHT * map.m_flRowHeight );
 }
 
-static void LayoutMilliseconds(
-	FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map, float flLeft, float flRight )
+// The size at which the text is as wide as the box, where it is wider. A text that is too small to be read says nothing
+// wrong when it is cut off.
+static double FittingFontSize( const QFontMetricsF &metrics, const QString &text, const QRectF &box )
+{
+	constexpr double SMALLEST = 0.25;
+	const double flWidth = metrics.horizontalAdvance( text );
+	return box.width() > 0.0 && flWidth > box.width() ? std::max( box.width() / flWidth, SMALLEST ) : 1.0;
+}
+
+static FlameScaleLabel MakeLabel(
+	const QFontMetricsF &metrics, const QRectF &box, const QString &text, Qt::Alignment alignment )
+{
+	return { box, text, alignment, FittingFontSize( metrics, text, box ) };
+}
+
+static QString MillisecondText( int nMillisecond )
+{
+	return QString::asprintf( "%d ms", nMillisecond );
+}
+
+// All of them in one size, that of the last.
+static void LayoutMilliseconds( FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map, float flLeft,
+	float flRight, const QFontMetricsF &metrics )
 {
 	const float flLast = static_cast<float>( scale.GetMilliseconds() );
-	// A block more on each side: labels may reach out of theirs.
 	const auto blockAt = [&]( float x )
 	{ return static_cast<int>( std::clamp( std::floor( map.TimeAt( x ) / MICROSECONDS ), 0.0f, flLast ) ); };
+	// A block more on each side, for what is rounded.
 	const int nFirst = std::max( blockAt( flLeft ) - 1, 0 );
 	const int nEnd = std::min( blockAt( flRight ) + 2, scale.GetMilliseconds() );
+	const double flFontSize = FittingFontSize(
+		metrics, MillisecondText( scale.GetMilliseconds() ), BandRect( map, MILLISECOND_BAND, 0.0f, MICROSECONDS ) );
 	// An odd step, so that filled and open blocks still alternate.
 	const int nStep = ( nEnd - nFirst ) / MAX_BLOCKS * 2 + 1;
 	for ( int i = nFirst; i < nEnd; i += nStep )
 	{
 		const float flFrom = static_cast<float>( i ) * MICROSECONDS;
 		const QRectF block = BandRect( map, MILLISECOND_BAND, flFrom, flFrom + MICROSECONDS );
-		const FlameScaleLabel label = { block, QString::asprintf( "%d ms", i + 1 ), AT_RIGHT };
+		const FlameScaleLabel label = { block, MillisecondText( i + 1 ), AT_RIGHT, flFontSize };
 		if ( i % 2 != 0 )
 		{
 			layout.m_OpenLabels.push_back( label );
@@ -61,7 +84,8 @@ static void LayoutMilliseconds(
 	}
 }
 
-static void LayoutBudgets( FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map )
+static void LayoutBudgets(
+	FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map, const QFontMetricsF &metrics )
 {
 	const int nExponent = scale.GetExponent();
 	for ( int j = nExponent; j <= nExponent + 3; j++ )
@@ -70,11 +94,13 @@ static void LayoutBudgets( FlameScaleLayout &layout, const FlameScale &scale, co
 		const QRectF quarter = BandRect( map, FRAME_RATE_BAND, 0.75f * flBudget, flBudget );
 		layout.m_Fills.push_back( quarter );
 		if ( j <= nExponent + 1 )
-			layout.m_FilledLabels.push_back( { quarter, QString::asprintf( "%d fps", 1 << j ), AT_RIGHT } );
+			layout.m_FilledLabels.push_back(
+				MakeLabel( metrics, quarter, QString::asprintf( "%d fps", 1 << j ), AT_RIGHT ) );
 	}
 }
 
-static void LayoutMarker( FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map, float flMarker )
+static void LayoutMarker( FlameScaleLayout &layout, const FlameScale &scale, const FlameMap &map, float flMarker,
+	const QFontMetricsF &metrics )
 {
 	if ( !( flMarker > 0.0f ) )
 		return;
@@ -83,14 +109,15 @@ static void LayoutMarker( FlameScaleLayout &layout, const FlameScale &scale, con
 	const double flFrameRate = 1000000.0f / flMarker;
 	const double flMilliseconds = flMarker * 0.001f;
 	layout.m_MarkerLabels = {
-		{ BandRect( map, MARKER_BAND, 0.0f, flMarker ), QString::asprintf( "%.1f fps  ", flFrameRate ), AT_RIGHT },
-		{ BandRect( map, MARKER_BAND, flMarker, WidthOf( scale ) ), QString::asprintf( "  %.3f ms", flMilliseconds ),
-			AT_LEFT },
+		MakeLabel( metrics, BandRect( map, MARKER_BAND, 0.0f, flMarker ),
+			QString::asprintf( "%.1f fps  ", flFrameRate ), AT_RIGHT ),
+		MakeLabel( metrics, BandRect( map, MARKER_BAND, flMarker, WidthOf( scale ) ),
+			QString::asprintf( "  %.3f ms", flMilliseconds ), AT_LEFT ),
 	};
 }
 
-FlameScaleLayout LayoutFlameScale(
-	const FlameScale &scale, float flMarker, const FlameMap &map, float flLeft, float flRight )
+FlameScaleLayout LayoutFlameScale( const FlameScale &scale, float flMarker, const FlameMap &map, float flLeft,
+	float flRight, const QFontMetricsF &metrics )
 {
 	FlameScaleLayout layout;
 	const float flMilliseconds = static_cast<float>( scale.GetMilliseconds() ) * MICROSECONDS;
@@ -98,8 +125,8 @@ FlameScaleLayout LayoutFlameScale(
 		BandRect( map, MILLISECOND_BAND, 0.0f, flMilliseconds ),
 		BandRect( map, FRAME_RATE_BAND, 0.0f, FlameScale::BudgetOf( scale.GetExponent() ) ),
 	};
-	LayoutMilliseconds( layout, scale, map, flLeft, flRight );
-	LayoutBudgets( layout, scale, map );
-	LayoutMarker( layout, scale, map, flMarker );
+	LayoutMilliseconds( layout, scale, map, flLeft, flRight, metrics );
+	LayoutBudgets( layout, scale, map, metrics );
+	LayoutMarker( layout, scale, map, flMarker, metrics );
 	return layout;
 }

@@ -1,6 +1,7 @@
 // The scale below a flame graph as rectangles, texts and a line.
 #pragma once
 
+#include <QFontMetricsF>
 #include <QLineF>
 #include <QRectF>
 #include <QString>
@@ -15,6 +16,7 @@ struct FlameScaleLabel
 	QRectF m_Box;
 	QString m_Text;
 	Qt::Alignment m_Alignment;
+	double m_flFontSize = 1.0; // of the usual one, so that no digit is cut off: "0 ms" would be wrong for 10
 };
 
 // In the order of painting.
@@ -32,6 +34,7 @@ struct FlameScaleLayout
 QRectF FlameScaleRect( const FlameScale &scale, const FlameMap &map );
 
 // flMarker is a time in microseconds; no marker when it is not above 0. Milliseconds outside of flLeft to flRight
-// (scene pixels) are left out, as are the most of them when there are more than anybody could tell apart.
-FlameScaleLayout LayoutFlameScale(
-	const FlameScale &scale, float flMarker, const FlameMap &map, float flLeft, float flRight );
+// (scene pixels) are left out, as are the most of them when there are more than anybody could tell apart. The metrics
+// are those of the usual font.
+FlameScaleLayout LayoutFlameScale( const FlameScale &scale, float flMarker, const FlameMap &map, float flLeft,
+	float flRight, const QFontMetricsF &metrics );

@@ -154,8 +154,10 @@ TEST_F( FlameGraph, ABarWithoutTimeIsOnlyAnOutline )
 		EXPECT_NE( op.m_Kind, PaintOp::Kind::Text );
 }
 
-// The operations that a scale of nMilliseconds and budgets from 2^nExponent on is made of.
-std::vector<PaintOp> ExpectedScale( const FlameMap &map, int nMilliseconds, int nExponent, const QFont &font )
+// The operations that a scale of nMilliseconds and budgets from 2^nExponent on is made of, with texts in the fonts of
+// painted ones.
+std::vector<PaintOp> ExpectedScale(
+	const FlameMap &map, int nMilliseconds, int nExponent, const std::vector<PaintOp> &painted )
 {
 	const auto band = [&]( double flTop, double flFrom, double flTo )
 	{
@@ -174,7 +176,10 @@ std::vector<PaintOp> ExpectedScale( const FlameMap &map, int nMilliseconds, int 
 	for ( int j = nExponent; j <= nExponent + 3; j++ )
 		ops.push_back( PaintOp::FillRect( band( 2, 0.75 * budget( j ), budget( j ) ), BAND ) );
 	const auto label = [&]( const QRectF &box, const QString &text, const QColor &colour )
-	{ ops.push_back( PaintOp::Text( box, nRight, text, font, colour ) ); };
+	{
+		const QFont font = ops.size() < painted.size() ? painted[ops.size()].m_Font : QFont();
+		ops.push_back( PaintOp::Text( box, nRight, text, font, colour ) );
+	};
 	for ( int i = 1; i < nMilliseconds; i += 2 )
 		label( band( 1.25, i * 1000, i * 1000 + 1000 ), QString( "%1 ms" ).arg( i + 1 ), Qt::gray );
 	for ( int i = 0; i < nMilliseconds; i += 2 )
@@ -193,10 +198,30 @@ TEST_F( FlameGraph, TheScaleShowsMillisecondsAndBudgetsAtSeveralZooms )
 	{
 		Wheel( QPoint( 100, 100 ), nSteps, modifier );
 		const std::vector<PaintOp> ops = Paint( scale );
-		const std::vector<PaintOp> expected = ExpectedScale( m_Widget.GetMap(), 17, 5, ops.back().m_Font );
+		const std::vector<PaintOp> expected = ExpectedScale( m_Widget.GetMap(), 17, 5, ops );
 		ASSERT_EQ( ops.size(), expected.size() ) << nSteps;
 		for ( size_t i = 0; i < ops.size(); i++ )
 			EXPECT_EQ( ops[i], expected[i] ) << "operation " << i << " after " << nSteps;
+	}
+}
+
+TEST_F( FlameGraph, TheScalesTextsFitTheirBlocksAsPainted )
+{
+	Show( 0 );
+	auto &scale = const_cast<CQFlamegraphScaleItem &>( m_Widget.GetScaleItem() );
+	for ( const int nSteps : { 0, -60, -60, 240 } )
+	{
+		Wheel( QPoint( 100, 100 ), nSteps );
+		int nTexts = 0;
+		for ( const PaintOp &op : Paint( scale ) )
+		{
+			if ( op.m_Kind != PaintOp::Kind::Text )
+				continue;
+			nTexts++;
+			EXPECT_LE( QFontMetricsF( op.m_Font ).horizontalAdvance( op.m_Text ), op.m_Rect.width() + 1.0 )
+				<< op.m_Text.toStdString() << " after " << nSteps;
+		}
+		EXPECT_EQ( nTexts, 17 + 2 );
 	}
 }
 
@@ -257,7 +282,8 @@ TEST( FlameScaleLayout, TheMarkerHasItsFrameRateAtItsLeftAndItsTimeAtItsRight )
 {
 	FlameScale scale;
 	scale.SetFrameTime( 16666 );
-	const FlameScaleLayout layout = LayoutFlameScale( scale, 8000.0f, FlameMap(), 0.0f, 4000.0f );
+	const QFontMetricsF metrics( QFont{} );
+	const FlameScaleLayout layout = LayoutFlameScale( scale, 8000.0f, FlameMap(), 0.0f, 4000.0f, metrics );
 	ASSERT_EQ( layout.m_MarkerLabels.size(), 2u );
 	EXPECT_EQ( layout.m_MarkerLabels[0].m_Text, "125.0 fps  " );
 	EXPECT_EQ( layout.m_MarkerLabels[0].m_Alignment, Qt::AlignRight | Qt::AlignVCenter );
@@ -265,7 +291,7 @@ TEST( FlameScaleLayout, TheMarkerHasItsFrameRateAtItsLeftAndItsTimeAtItsRight )
 	EXPECT_EQ( layout.m_MarkerLabels[1].m_Text, "  8.000 ms" );
 	EXPECT_EQ( layout.m_MarkerLabels[1].m_Alignment, Qt::AlignLeft | Qt::AlignVCenter );
 	EXPECT_EQ( layout.m_MarkerLabels[1].m_Box, QRectF( 800, 55, 3125 - 800, 15 ) ) << "up to 32 frames per second";
-	EXPECT_TRUE( LayoutFlameScale( scale, 0.0f, FlameMap(), 0.0f, 4000.0f ).m_MarkerLabels.empty() );
+	EXPECT_TRUE( LayoutFlameScale( scale, 0.0f, FlameMap(), 0.0f, 4000.0f, metrics ).m_MarkerLabels.empty() );
 }
 
 TEST( FlameScaleLayout, AFrameOfHalfAnHourIsNotDrawnMillisecondByMillisecond )
@@ -274,9 +300,39 @@ TEST( FlameScaleLayout, AFrameOfHalfAnHourIsNotDrawnMillisecondByMillisecond )
 	scale.SetFrameTime( 2147483647 );
 	FlameMap map;
 	map.m_flXScale = 1e-6f;
-	const FlameScaleLayout layout = LayoutFlameScale( scale, 0.0f, map, 0.0f, 4000.0f );
+	const FlameScaleLayout layout = LayoutFlameScale( scale, 0.0f, map, 0.0f, 4000.0f, QFontMetricsF( QFont{} ) );
 	EXPECT_LT( layout.m_Fills.size() + layout.m_OpenLabels.size(), 5000u );
 	EXPECT_GT( layout.m_Fills.size(), 1000u );
+}
+
+TEST( FlameScaleLayout, LabelsShrinkBeforeTheyAreCutOff )
+{
+	FlameScale scale;
+	scale.SetFrameTime( 26000 );
+	const QFontMetricsF metrics( QFont{} );
+	FlameMap map;
+	for ( const float flBlock : { 200.0f, 30.0f, 15.0f, 2.0f } ) // pixels
+	{
+		map.m_flXScale = flBlock / 1000.0f;
+		const FlameScaleLayout layout = LayoutFlameScale( scale, 400.0f, map, 0.0f, 6000.0f, metrics );
+		ASSERT_EQ( layout.m_OpenLabels.size() + layout.m_FilledLabels.size(), 26u + 2u );
+		ASSERT_EQ( layout.m_MarkerLabels.size(), 2u );
+		std::vector<FlameScaleLabel> labels = layout.m_FilledLabels;
+		labels.push_back( layout.m_OpenLabels.back() );
+		labels.push_back( layout.m_MarkerLabels[0] );
+		for ( const FlameScaleLabel &label : labels )
+		{
+			const double flWidth = metrics.horizontalAdvance( label.m_Text ) * label.m_flFontSize;
+			EXPECT_LE( label.m_flFontSize, 1.0 );
+			EXPECT_TRUE( flWidth <= label.m_Box.width() + 0.01 || label.m_flFontSize == 0.25 )
+				<< label.m_Text.toStdString() << " at " << flBlock;
+		}
+		// Milliseconds have one size, which is no smaller than it must be.
+		EXPECT_EQ( layout.m_OpenLabels[0].m_flFontSize, layout.m_FilledLabels[0].m_flFontSize );
+		const double flWidest = metrics.horizontalAdvance( "26 ms" );
+		const double flExpected = std::clamp( static_cast<double>( flBlock ) / flWidest, 0.25, 1.0 );
+		EXPECT_NEAR( layout.m_OpenLabels[0].m_flFontSize, flExpected, 1e-5 );
+	}
 }
 
 TEST_F( FlameGraph, TheWheelZoomsTimeAndWithCtrlTheRowHeight )
