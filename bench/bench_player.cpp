@@ -1,10 +1,12 @@
-// The player with a recording of 5,000 nodes: opening, the first flame graph, another frame, zooming. Processor time.
+// The player with recordings of 5,000 nodes: opening (of megabytes), the first flame graph, another frame, zooming.
+// Processor time.
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QWheelEvent>
+#include <map>
 #include <memory>
 
 #include "recordingbytes.h"
@@ -14,36 +16,36 @@
 
 namespace
 {
-constexpr int64_t MEGABYTES = 60;
-
 CRefPtr<CKestoFile> Parse( const std::vector<uint8_t> &bytes )
 {
 	CKestoMemoryReader reader( bytes );
 	return CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
 }
 
-// A file that is there as long as the program.
-const QString &RecordingPath()
+// A file that is there as long as the program; empty when it could not be written.
+const QString &RecordingPath( int64_t nMegabytes )
 {
-	static QTemporaryDir s_Folder;
-	static QString s_Path;
-	if ( !s_Path.isEmpty() )
-		return s_Path;
-	QFile file( s_Folder.filePath( "large.kesto" ) );
-	const std::vector<uint8_t> &bytes = Recording( MEGABYTES );
+	static const QTemporaryDir s_Folder;
+	static std::map<int64_t, QString> s_Paths;
+	QString &path = s_Paths[nMegabytes];
+	if ( !path.isEmpty() )
+		return path;
+	QFile file( s_Folder.filePath( QStringLiteral( "%1.kesto" ).arg( nMegabytes ) ) );
+	const std::vector<uint8_t> &bytes = Recording( nMegabytes );
 	const auto nSize = static_cast<qint64>( bytes.size() );
 	if ( file.open( QIODevice::WriteOnly ) &&
 		 file.write( reinterpret_cast<const char *>( bytes.data() ), nSize ) == nSize )
-		s_Path = file.fileName();
-	return s_Path;
+		path = file.fileName();
+	return path;
 }
 
 // The baselines of opening: the file into fresh memory, and the parse of bytes in memory.
 void BM_Read( benchmark::State &state )
 {
+	const QString path = RecordingPath( state.range( 0 ) );
 	for ( auto _ : state )
 	{
-		QFile file( RecordingPath() );
+		QFile file( path );
 		if ( !file.open( QIODevice::ReadOnly ) )
 			return state.SkipWithError( "no file" );
 		benchmark::DoNotOptimize( file.readAll() );
@@ -52,7 +54,7 @@ void BM_Read( benchmark::State &state )
 
 void BM_Parse( benchmark::State &state )
 {
-	const std::vector<uint8_t> &bytes = Recording( MEGABYTES );
+	const std::vector<uint8_t> &bytes = Recording( state.range( 0 ) );
 	for ( auto _ : state )
 		benchmark::DoNotOptimize( Parse( bytes ) );
 }
@@ -60,7 +62,7 @@ void BM_Parse( benchmark::State &state )
 // With progress, up to where the first frame is set.
 void BM_OpenInPlayer( benchmark::State &state )
 {
-	const QString path = RecordingPath();
+	const QString path = RecordingPath( state.range( 0 ) );
 	for ( auto _ : state )
 	{
 		state.PauseTiming();
@@ -150,9 +152,9 @@ void BM_ZoomStep( benchmark::State &state )
 	}
 }
 
-BENCHMARK( BM_Read )->Unit( benchmark::kMillisecond );
-BENCHMARK( BM_Parse )->Unit( benchmark::kMillisecond );
-BENCHMARK( BM_OpenInPlayer )->Unit( benchmark::kMillisecond );
+BENCHMARK( BM_Read )->Arg( 60 )->Arg( 300 )->Unit( benchmark::kMillisecond );
+BENCHMARK( BM_Parse )->Arg( 60 )->Arg( 300 )->Unit( benchmark::kMillisecond );
+BENCHMARK( BM_OpenInPlayer )->Arg( 60 )->Arg( 300 )->Unit( benchmark::kMillisecond );
 BENCHMARK( BM_FirstFlameGraph )->Unit( benchmark::kMillisecond );
 BENCHMARK( BM_NextFrame )->Unit( benchmark::kMillisecond );
 BENCHMARK( BM_ZoomStep )->Unit( benchmark::kMillisecond );
