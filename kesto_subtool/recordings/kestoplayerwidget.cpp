@@ -185,10 +185,11 @@ void CQKestoPlayerWidget::UpdateNotice()
 {
 	QString text;
 	if ( !m_pFile )
-		text = tr(
-			"No recording is open yet. Open a .kesto file with the first button, or drop one here.\n"
-			"An engine with the target library writes one when SHOWBUDGET_RECORD=FILE.kesto is in its environment, or "
-			"when the console tells it \"record start\". \"kesto convert\" makes them of other tools' traces." );
+		text =
+			tr( "No recording is open yet. Open a .kesto file with the first button, or drop one here.\n"
+				"An engine writes one with SHOWBUDGET_RECORD=FILE.kesto in its environment, or on \"record start\" in "
+				"the console.\n"
+				"\"kesto convert\" makes one of another tool's trace." );
 	else if ( m_pFile->GetFrameCount() == 0 )
 		text = tr( "The recording has no frames." );
 	else if ( m_pRows->GetLeftOutCount() > 0 )

@@ -81,6 +81,39 @@ TEST_F( FlameGraph, NothingIsLaidOutBeforeAFrameIsSet )
 	EXPECT_EQ( Item( 2 ).toolTip(), "wide" );
 }
 
+TEST_F( FlameGraph, TheMetaObjectHasTheSignalsInTheirOrder )
+{
+	QStringList signatures;
+	const QMetaObject *pMeta = m_Widget.metaObject();
+	for ( int i = pMeta->methodOffset(); i < pMeta->methodCount(); i++ )
+		signatures << pMeta->method( i ).methodSignature();
+	EXPECT_EQ( signatures, ( QStringList{ "OnItemSelectedChanged(int,bool)", "OnItemContextMenu(int,QPoint)" } ) );
+}
+
+TEST_F( FlameGraph, BarsHaveFourColoursByDepthAndLeaf )
+{
+	// 0 has 1 and 2, 2 has 3 and 4. Rows: 0, 2, 4, 3, 1; of these 4, 3 and 1 are the leaves 0, 1 and 2.
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame().Node( 0, "", 1 ).Node( 0, "", 2 );
+	m_pFile = Parse( writer.Node( 2, "", 3 ).Node( 2, "", 4 ).EndFrame() );
+	Show( 0 );
+	const QColor evenDepth[] = { { 255, 200, 200 }, { 255, 255, 200 } };
+	const QColor oddDepth( 240, 210, 215 );
+	const QColor expected[] = { evenDepth[0], oddDepth, evenDepth[0], evenDepth[1], oddDepth };
+	ASSERT_EQ( m_Widget.GetRowItems().size(), std::size( expected ) );
+	for ( int i = 0; i < 5; i++ )
+		EXPECT_EQ( Item( i ).GetColour(), expected[i] ) << "row " << i;
+}
+
+TEST_F( FlameGraph, TheSceneIsAsLargeAsWhatIsInIt )
+{
+	Show( 0 );
+	Wheel( QPoint( 100, 100 ), 120 );
+	QRectF expected = m_Widget.GetScaleItem().boundingRect();
+	for ( int i = 0; i < 3; i++ )
+		expected |= Item( i ).boundingRect();
+	EXPECT_EQ( m_Widget.sceneRect(), expected );
+}
+
 TEST_F( FlameGraph, BarsStandAtTheirTimeAndGrowUpwards )
 {
 	Show( 0 );
