@@ -154,6 +154,17 @@ TEST( NodeRows, RowsAreLimitedAndWhatIsLeftOutIsCounted )
 	}
 }
 
+TEST( NodeRows, AMillionRowsAreShown )
+{
+	constexpr int32_t NODES = 1048576;
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i < NODES; i++ )
+		writer.Node( i / 2, "", i );
+	const NodeRows rows( *Parse( writer.EndFrame() ) );
+	EXPECT_EQ( rows.Count(), 1000000 );
+	EXPECT_EQ( rows.GetLeftOutCount(), NODES - 1000000 );
+}
+
 // Each node hangs below both nodes of the level above, so that there are 2^60 ways to the last level.
 TEST( NodeRows, ChainsThatMultiplyEndAtTheLimit )
 {

@@ -160,4 +160,21 @@ TEST_F( Player, AFilterScrollsToTheMatchWithTheLowestId )
 	EXPECT_TRUE( isSeen( "low hit" ) );
 	EXPECT_FALSE( isSeen( "high hit" ) );
 }
+
+// The toolkit descends into what is expanded, so the depth of what is shown is limited.
+TEST_F( Player, TheDeepestNodeThatIsShownCanBeSelectedAndGoes )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i <= 6000; i++ )
+		writer.Node( i - 1, i == 4096 ? "deepest" : i == 4097 ? "too deep" : "n", i );
+	Show( writer.EndFrame() );
+	Child<QLineEdit>().setText( "deep" );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	ASSERT_EQ( tree.selectedItems().size(), 1 );
+	EXPECT_EQ( tree.selectedItems()[0]->text( 0 ), "deepest" );
+	EXPECT_TRUE( tree.viewport()->rect().intersects( tree.visualItemRect( tree.selectedItems()[0] ) ) );
+	m_Player.grab();
+	Show( Recording( { 1 } ) );
+	EXPECT_EQ( tree.topLevelItemCount(), 2 );
+}
 } // namespace

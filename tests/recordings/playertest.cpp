@@ -316,5 +316,4 @@ TEST_F( Player, ALineFeedInANameBreaksNoRow )
 	Child<QLineEdit>().setText( "line\nf" );
 	EXPECT_EQ( tree.selectedItems().size(), 1 ) << "the filter knows the name itself";
 }
-
 } // namespace
