@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <QApplication>
 #include <QGraphicsSceneHoverEvent>
 #include <QGraphicsSceneMouseEvent>
 #include <QPainter>
@@ -448,12 +449,31 @@ TEST_F( FlameGraph, TheMiddleButtonPans )
 {
 	Show( 0 );
 	Wheel( QPoint( 100, 100 ), 360 );
-	const int nBefore = m_Widget.horizontalScrollBar()->value();
-	QTest::mousePress( m_Widget.viewport(), Qt::MiddleButton, Qt::NoModifier, QPoint( 300, 100 ) );
-	QMouseEvent move( QEvent::MouseMove, QPointF( 260, 100 ), m_Widget.viewport()->mapToGlobal( QPoint( 260, 100 ) ),
-		Qt::NoButton, Qt::MiddleButton, Qt::NoModifier );
+	Wheel( QPoint( 100, 100 ), 480, Qt::ControlModifier );
+	const QScrollBar &horizontal = *m_Widget.horizontalScrollBar();
+	const QScrollBar &vertical = *m_Widget.verticalScrollBar();
+	m_Widget.centerOn( m_Widget.sceneRect().center() );
+	const QPoint ptBefore( horizontal.value(), vertical.value() );
+	const QPoint ptFrom( 300, 100 ), ptTo( 260, 130 );
+	QTest::mousePress( m_Widget.viewport(), Qt::MiddleButton, Qt::NoModifier, ptFrom );
+	QMouseEvent move( QEvent::MouseMove, ptTo, m_Widget.viewport()->mapToGlobal( ptTo ), Qt::NoButton, Qt::MiddleButton,
+		Qt::NoModifier );
 	QCoreApplication::sendEvent( m_Widget.viewport(), &move );
-	EXPECT_EQ( m_Widget.horizontalScrollBar()->value(), nBefore + 40 );
+	EXPECT_EQ( QPoint( horizontal.value(), vertical.value() ), ptBefore + ptFrom - ptTo );
+}
+
+// Deliberate: the wheel scrolls as in any view, and then zooms around what is under the mouse.
+TEST_F( FlameGraph, TheWheelScrollsBeforeItZooms )
+{
+	Show( 0 );
+	Wheel( QPoint( 100, 100 ), 480, Qt::ControlModifier ); // higher than the view
+	m_Widget.centerOn( m_Widget.sceneRect().center() );
+	const QPoint ptMouse( 100, 100 );
+	const double flBefore = m_Widget.mapToScene( ptMouse ).y();
+	const int nLines = QApplication::wheelScrollLines();
+	const int nScrolled = nLines * m_Widget.verticalScrollBar()->singleStep();
+	Wheel( ptMouse, -120 );
+	EXPECT_NEAR( m_Widget.mapToScene( ptMouse ).y() - flBefore, nScrolled, 2.0 );
 }
 
 TEST_F( FlameGraph, TheFirstFrameIsSeenFromItsBeginning )
