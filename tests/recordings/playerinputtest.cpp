@@ -77,6 +77,25 @@ TEST_F( Player, TheContextMenuCopiesTheNameOrShowsAFrame )
 	EXPECT_EQ( Child<QSlider>().value(), 2 );
 }
 
+// Deliberate: the tree maps the place, which is one in its viewport.
+TEST_F( Player, TheTreesMenuIsWhereTheTreeMapsThePlace )
+{
+	Show( Recording( { 1 } ) );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	const QPoint pt = tree.visualItemRect( &Item( "Render" ) ).center();
+	QPoint ptMenu;
+	QTimer::singleShot( 0, &m_Player,
+		[&ptMenu]
+		{
+			QWidget *pMenu = QApplication::activePopupWidget();
+			ASSERT_NE( pMenu, nullptr );
+			ptMenu = pMenu->pos();
+			pMenu->close();
+		} );
+	m_Player.OnNodeTreeItemClicked( pt );
+	EXPECT_EQ( ptMenu, tree.mapToGlobal( pt ) );
+}
+
 TEST_F( Player, KeysStepThroughTheFrames )
 {
 	CRecordingWriter writer = CRecordingWriter().Header();

@@ -67,6 +67,23 @@ TEST_F( Player, AClickInOneViewSelectsInBoth )
 	EXPECT_EQ( selected(), "left" );
 }
 
+TEST_F( Player, ABarThatIsSelectedBringsItsRowIntoView )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t i = 1; i <= 150; i++ )
+		writer.Node( 0, i == 1 ? "last row" : "node", i );
+	Show( writer.Node( 1, "below it", 151 ).EndFrame() );
+	const QTreeWidget &tree = Child<QTreeWidget>();
+	const auto isSeen = [&]
+	{ return tree.viewport()->rect().contains( tree.visualItemRect( &Item( "below it" ) ).center() ); };
+	ASSERT_FALSE( Item( "last row" ).isExpanded() );
+	for ( CQFlamegraphRowItem *pBar : Child<CQFlamegraphWidget>().GetRowItems() )
+		if ( pBar->GetNode() == 151 )
+			pBar->setSelected( true );
+	EXPECT_TRUE( Item( "last row" ).isExpanded() );
+	EXPECT_TRUE( isSeen() );
+}
+
 // 3 hangs below 0 and below 2: its rows are 1 and 3.
 CRecordingWriter ReachedTwice()
 {
