@@ -102,7 +102,6 @@ bool CRecording::Open()
 // From here on, frames are measured for this recording.
 void CRecording::BeginSession()
 {
-	g_Engine.m_RecordTree.Queue().Clear(); // frames of an earlier recording that nobody fetched
 	g_Engine.m_RecordTree.BeginSession( m_nSession, m_Options.m_bOtherThreads );
 	const std::lock_guard lock( m_Mutex );
 	if ( !m_bEnd.load( std::memory_order_relaxed ) )

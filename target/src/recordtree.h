@@ -68,7 +68,7 @@ public:
 			LetGo();
 	}
 
-	// Recorder: what the next frame belongs to. Whoever calls this empties the queue first.
+	// Recorder: what the next frame belongs to. The queue may still bring one of the session before.
 	void BeginSession( uint32_t nSession, bool bOtherThreads );
 	// Recorder: frames of the session that found no room so far.
 	uint64_t FramesLost( uint32_t nSession ) const;
