@@ -30,6 +30,22 @@ extern "C" void OnEndingSignal( int nSignal )
 	raise( nSignal );
 }
 
+// Where a chain of links leads that ends at nothing, as the one that is to come into being there. The system has
+// counted the links already: it follows no more than these.
+std::filesystem::path EndOfLinks( std::filesystem::path path )
+{
+	constexpr int MOST_LINKS = 40;
+	for ( int i = 0; i < MOST_LINKS; i++ )
+	{
+		std::error_code error;
+		const std::filesystem::path next = std::filesystem::read_symlink( path, error );
+		if ( error )
+			break;
+		path = path.parent_path() / next;
+	}
+	return path;
+}
+
 // The permissions that an ordinary new file gets.
 mode_t NewFileMode()
 {
@@ -44,6 +60,7 @@ void RemoveTemporaryFileOnSignals()
 	for ( const int nSignal : { SIGINT, SIGTERM, SIGHUP } )
 		if ( signal( nSignal, OnEndingSignal ) == SIG_IGN )
 			signal( nSignal, SIG_IGN ); // nohup and the like
+	signal( SIGXFSZ, SIG_IGN );
 }
 
 COutputFile::COutputFile( std::ostream &standardOutput )
@@ -62,8 +79,12 @@ bool COutputFile::Open( const std::string &path )
 	m_bStandardOutput = path == "-";
 	if ( m_bStandardOutput )
 		return true;
+	if ( path.empty() )
+		return Fail( "the output has no name" );
 	struct stat status;
 	const bool bExists = stat( path.c_str(), &status ) == 0;
+	if ( !bExists && errno != ENOENT )
+		return Fail( LastSystemError() );
 	if ( bExists && S_ISDIR( status.st_mode ) )
 		return Fail( "is a directory" );
 	if ( bExists && !S_ISREG( status.st_mode ) )
@@ -75,7 +96,7 @@ bool COutputFile::Open( const std::string &path )
 	if ( bExists && access( path.c_str(), W_OK ) != 0 )
 		return Fail( LastSystemError() );
 	std::error_code error;
-	m_Target = bExists ? std::filesystem::canonical( path, error ).string() : path;
+	m_Target = ( bExists ? std::filesystem::canonical( path, error ) : EndOfLinks( path ) ).string();
 	if ( error )
 		return Fail( error.message() );
 	if ( !OpenTemporary() )
@@ -95,7 +116,9 @@ bool COutputFile::OpenTemporary()
 	}
 	const std::string reason = LastSystemError();
 	m_TemporaryPath.clear();
-	return Fail( reason );
+	std::error_code error;
+	const bool bLink = std::filesystem::is_symlink( m_Path, error );
+	return Fail( bLink ? reason + " (a link to \"" + m_Target + "\")" : reason );
 }
 
 bool COutputFile::Write( std::string_view bytes )

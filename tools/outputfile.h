@@ -7,8 +7,8 @@
 
 // What is written goes to a file of a temporary name beside the wanted one, which is renamed by Commit; a file of that
 // name that existed before keeps its bytes until then, and its permissions for good. A symbolic link stays one: the
-// file that it leads to is replaced. Where the name is something else than a file (a pipe, a device), and for "-",
-// which is standard output, bytes are written straight away.
+// file that it leads to is replaced, or made where it leads to none. Where the name is something else than a file (a
+// pipe, a device), and for "-", which is standard output, bytes are written straight away.
 class COutputFile
 {
 public:
@@ -46,5 +46,5 @@ private:
 
 // From now on a signal that ends the process (SIGINT, SIGTERM, SIGHUP) also removes the temporary file of the one
 // output that may be open. For the program's main; programs that call the library otherwise may have handlers of their
-// own.
+// own. A file that grows beyond what the user may write (SIGXFSZ) becomes an error of Write.
 void RemoveTemporaryFileOnSignals();

@@ -88,6 +88,52 @@ TEST_F( OutputFile, ALinkStaysALink )
 	EXPECT_EQ( m_Folder.Names(), ( std::vector<std::string>{ "link", "real" } ) );
 }
 
+TEST_F( OutputFile, ALinkToNothingLeadsToTheNewFile )
+{
+	std::filesystem::create_directory( m_Folder.Path( "a" ) );
+	ASSERT_EQ( symlink( "a/second", m_Folder.Path( "link" ).c_str() ), 0 );
+	ASSERT_EQ( symlink( "../real", m_Folder.Path( "a/second" ).c_str() ), 0 );
+	EXPECT_TRUE( m_Output.Open( m_Folder.Path( "link" ) ) && m_Output.Write( "new" ) && m_Output.Commit() );
+	EXPECT_TRUE( std::filesystem::is_symlink( m_Folder.Path( "link" ) ) );
+	EXPECT_TRUE( std::filesystem::is_symlink( m_Folder.Path( "a/second" ) ) );
+	EXPECT_TRUE( std::filesystem::is_regular_file( std::filesystem::symlink_status( m_Folder.Path( "real" ) ) ) );
+	EXPECT_EQ( m_Folder.Read( "real" ), "new" );
+	EXPECT_EQ( m_Folder.Names(), ( std::vector<std::string>{ "a", "link", "real" } ) );
+}
+
+TEST_F( OutputFile, ALinkIntoNoFolderSaysWhereItLeads )
+{
+	ASSERT_EQ( symlink( "/nowhere/x", m_Folder.Path( "link" ).c_str() ), 0 );
+	EXPECT_FALSE( m_Output.Open( m_Folder.Path( "link" ) ) );
+	EXPECT_EQ( m_Output.Problem(),
+		"kesto: " + m_Folder.Path( "link" ) + ": No such file or directory (a link to \"/nowhere/x\")" );
+	EXPECT_EQ( m_Folder.Names(), std::vector<std::string>{ "link" } );
+}
+
+TEST_F( OutputFile, RefusesLinksThatGoRoundInCircles )
+{
+	ASSERT_EQ( symlink( "b", m_Folder.Path( "a" ).c_str() ), 0 );
+	ASSERT_EQ( symlink( "a", m_Folder.Path( "b" ).c_str() ), 0 );
+	EXPECT_FALSE( m_Output.Open( m_Folder.Path( "a" ) ) );
+	EXPECT_EQ( m_Output.Problem(), "kesto: " + m_Folder.Path( "a" ) + ": Too many levels of symbolic links" );
+	EXPECT_TRUE( std::filesystem::is_symlink( m_Folder.Path( "a" ) ) );
+}
+
+TEST_F( OutputFile, RefusesANameThatIsNone )
+{
+	EXPECT_FALSE( m_Output.Open( "" ) );
+	EXPECT_EQ( m_Output.Problem(), "kesto: the output has no name" );
+}
+
+// Nobody can make a file there, whoever runs the tests.
+TEST_F( OutputFile, TellsThatTheFolderCannotBeWritten )
+{
+	EXPECT_FALSE( m_Output.Open( "/sys/kesto" ) );
+	EXPECT_TRUE( m_Output.Problem().starts_with( "kesto: /sys/kesto: " ) ) << m_Output.Problem();
+	EXPECT_FALSE( m_Output.Write( "text" ) );
+	EXPECT_FALSE( m_Output.Commit() );
+}
+
 TEST_F( OutputFile, ADeviceIsWrittenToAndNotReplaced )
 {
 	EXPECT_TRUE( m_Output.Open( "/dev/null" ) && m_Output.Write( "gone" ) && m_Output.Commit() );

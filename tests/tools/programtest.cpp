@@ -183,6 +183,25 @@ TEST( KestoProgram, TellsThatItsOutputCannotBeWritten )
 	}
 }
 
+// The shell's limit is in KiB and stands for a disk without room.
+TEST( KestoProgram, LeavesTheOldFileAndNoOtherWhereThereIsNoRoomForANewOne )
+{
+	const CTestFolder folder;
+	std::vector<SampleFrame> frames( 2000, SampleFrame{ 1000, 500, 400, 300 } );
+	const std::string path = folder.Write( "in.kesto", MakeSample( frames ) );
+	const std::string output = folder.Write( "out", ToBytes( "old" ) );
+	for ( const std::string arguments : { "dump \"$1\" -o \"$2\"", "frames \"$1\" -o \"$2\"", "repair \"$1\" \"$2\"",
+			  "convert \"$1\" \"$2\" --to chrome" } )
+	{
+		const KestoRun run =
+			RunProgram( { "bash", "-c", "ulimit -f 8; exec \"$0\" " + arguments, KESTO_PROGRAM, path, output } );
+		EXPECT_EQ( run.m_nStatus, 2 ) << arguments;
+		EXPECT_EQ( run.m_Errors, "kesto: " + output + ": File too large\n" ) << arguments;
+		EXPECT_EQ( folder.Read( "out" ), "old" ) << arguments;
+		EXPECT_EQ( folder.Names(), ( std::vector<std::string>{ "in.kesto", "out" } ) ) << arguments;
+	}
+}
+
 TEST( KestoProgram, AnswersWithItsVersion )
 {
 	const KestoRun run = RunKestoProgram( { "--version" } );
