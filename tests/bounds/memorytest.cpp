@@ -2,6 +2,7 @@
 // 16 bytes for each byte otherwise.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -202,6 +203,41 @@ const LargeRecording LARGE_RECORDINGS[] = {
 			writer.EndFrame();
 		} },
 };
+
+// A sampled profile of so many samples, the list that comes first first.
+std::string WriteProfile( const CTestFolder &folder, bool bStacksFirst, int nSamples )
+{
+	const std::string path = folder.Path( "profile.json" );
+	std::ofstream file( path, std::ios::binary );
+	const auto writeList = [&]( const char *pKey, const char *pItem )
+	{
+		file << '"' << pKey << "\":[";
+		for ( int i = 0; i < nSamples; i++ )
+			file << ( i > 0 ? "," : "" ) << pItem;
+		file << ']';
+	};
+	file << R"({"shared":{"frames":[{"name":"a"}]},"profiles":[{"unit":"none",)";
+	bStacksFirst ? writeList( "samples", "[0]" ) : writeList( "weights", "4" );
+	file << ',';
+	bStacksFirst ? writeList( "weights", "4" ) : writeList( "samples", "[0]" );
+	file << "}]}";
+	return path;
+}
+
+// Six bytes of the file are a sample. What is kept of it in memory does not grow beyond a million.
+TEST_F( Memory, OfASampledProfileDoesNotGrowWithItsSamples )
+{
+	for ( const bool bStacksFirst : { false, true } )
+	{
+		const auto peakOf = [&]( int nSamples )
+		{
+			const std::string path = WriteProfile( m_Folder, bStacksFirst, nSamples );
+			return PeakOf( [&] { RunCommand( { "convert", path.c_str(), "-", "--to", "csv" } ); } );
+		};
+		const int64_t nPeak = peakOf( 1'500'000 );
+		EXPECT_LT( std::abs( peakOf( 3'000'000 ) - nPeak ), 1 << 20 ) << "from " << nPeak;
+	}
+}
 
 TEST_F( Memory, OfAParsedRecordingIs64MebibytesAnd16BytesPerByteAtMost )
 {

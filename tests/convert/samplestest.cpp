@@ -222,6 +222,56 @@ TEST( Speedscope, SampledProfilesAreSamplesWithWeightsOnEitherSide )
 	}
 }
 
+// Sample i is of frame i % 3 and lasts 4 * (i % 5) microseconds; a run of events is four, so the lists wait on disk.
+TEST( Speedscope, TheListThatComesFirstWaitsOnDiskForTheOther )
+{
+	constexpr int SAMPLES = 3000;
+	std::string samples;
+	std::string weights;
+	std::map<std::string, Figures> expected;
+	int32_t nAll = 0;
+	for ( int i = 0; i < SAMPLES; i++ )
+	{
+		samples += ( i > 0 ? ",[" : "[" ) + std::to_string( i % 3 ) + "]";
+		weights += ( i > 0 ? "," : "" ) + std::to_string( 4 * ( i % 5 ) );
+		Figures &figures = expected[std::string( 1, static_cast<char>( 'a' + i % 3 ) )];
+		figures.first++;
+		figures.second += 4 * ( i % 5 );
+		nAll += 4 * ( i % 5 );
+	}
+	expected[""] = { 1, nAll };
+	const std::string front =
+		R"({"shared":{"frames":[{"name":"a"},{"name":"b"},{"name":"c"}]},"profiles":[{"unit":"none",)";
+	ConversionOptions options = From( Format::Speedscope );
+	options.m_nRunEvents = 4;
+	for ( const std::string &lists : { "\"samples\":[" + samples + "],\"weights\":[" + weights + "]",
+			  "\"weights\":[" + weights + "],\"samples\":[" + samples + "]" } )
+		EXPECT_THAT( WholeFrames( front + lists + "}]}", options ), ElementsAre( expected ) );
+}
+
+TEST( Speedscope, WhatWaitsNeedsAFolder )
+{
+	convert::CInputStream input;
+	input.OpenMemory(
+		R"({"profiles":[{"samples":[[0],[0],[0]],"weights":[4,4,4]}],"shared":{"frames":[{"name":"a"}]}})" );
+	convert::CReport report;
+	convert::CTrace trace( report, "/nowhere/at/all", 1 );
+	convert::ImportProblem problem;
+	EXPECT_FALSE( ImportSpeedscope( input, trace, {}, problem ) );
+	EXPECT_THAT( problem.m_Text, HasSubstr( "\"/nowhere/at/all\": No such file" ) );
+}
+
+TEST( Speedscope, EveryProfileHasItsOwnUnitAndStart )
+{
+	const std::string text = R"({"shared":{"frames":[{"name":"a"}]},"profiles":[{},
+		{"unit":"milliseconds","events":[{"type":"O","frame":0,"at":1},{"type":"C","frame":0,"at":2}]},
+		{"name":"two","unit":"seconds","startValue":1,"samples":[[0]],"weights":[0.5]},{"samples":[[0]],"weights":[8]}]})";
+	EXPECT_THAT( WholeFrames( text, From( Format::Speedscope ) ),
+		ElementsAre( FrameFigures{ { "", { 1, 1'000'000 } }, { "thread 1", { 1, 1000 } }, { "thread 1/a", { 1, 1000 } },
+			{ "two 2", { 1, 500'000 } }, { "two 2/a", { 1, 500'000 } }, { "thread 3", { 1, 8 } },
+			{ "thread 3/a", { 1, 8 } } } ) );
+}
+
 TEST( Speedscope, EveryProfileIsAThread )
 {
 	const std::string text = R"({"shared":{"frames":[{"name":"a"}]},"profiles":[

@@ -32,6 +32,8 @@ public:
 	const TraceEvent *Next();            // valid until the next call; null at the end and on a problem
 
 	uint64_t Count() const { return m_nCount; }
+	const std::string &Folder() const { return m_Folder; }
+	size_t RunEvents() const { return m_nRunEvents; }
 	const std::string &Problem() const { return m_Problem; }
 
 private:

@@ -23,8 +23,6 @@ void CSpeedscopeHandler::BeginEvents()
 	m_nDepth = 0;
 	m_nProfile = 0;
 	m_Path.fill( Member::Other );
-	if ( m_Profiles.empty() )
-		m_Profiles.emplace_back();
 }
 
 void CSpeedscopeHandler::EndEvents()
@@ -111,7 +109,7 @@ bool CSpeedscopeHandler::EndObject( rapidjson::SizeType )
 	if ( m_nDepth == PROFILE && m_Path[TOP] == Member::Profiles )
 		EndProfile();
 	m_nDepth--;
-	return !m_bSpoolFailed;
+	return !SpoolFailed();
 }
 
 bool CSpeedscopeHandler::StartArray()
@@ -134,7 +132,7 @@ bool CSpeedscopeHandler::EndArray( rapidjson::SizeType )
 	if ( m_nDepth == EVENT && IsIn( Member::Profiles, Member::Samples ) )
 		AddSample();
 	m_nDepth--;
-	return !m_bSpoolFailed;
+	return !SpoolFailed();
 }
 
 bool CSpeedscopeHandler::Scalar( std::string_view text )
@@ -146,7 +144,7 @@ bool CSpeedscopeHandler::Scalar( std::string_view text )
 			  m_Path[FRAME] == Member::Name && !m_bEvents )
 		m_FrameNames.back() = m_Trace.m_Names.Intern( text );
 	else if ( m_nDepth == PROFILE && m_Path[TOP] == Member::Profiles && m_Path[PROFILE] != Member::Other && !m_bEvents )
-		SetProfileMember( m_Profiles.back(), text ); // a list in a profile's place has no members and begins none
+		SetProfileMember( text ); // a list in a profile's place has no members and begins none
 	else if ( m_nDepth == EVENT && IsIn( Member::Profiles, Member::Events ) )
 		SetEventMember( text );
 	else if ( m_nDepth == EVENT && IsIn( Member::Profiles, Member::Samples ) && m_bEvents )
@@ -158,10 +156,17 @@ bool CSpeedscopeHandler::Scalar( std::string_view text )
 	}
 	else if ( m_nDepth == WEIGHT && IsIn( Member::Profiles, Member::Weights ) && m_bEvents )
 		AddWeight( text );
-	return !m_bSpoolFailed;
+	return !SpoolFailed();
 }
 
-void CSpeedscopeHandler::SetProfileMember( Profile &profile, std::string_view text )
+const CSpeedscopeHandler::Profile &CSpeedscopeHandler::ProfileAtHand() const
+{
+	static const Profile UNKNOWN;
+	const auto it = m_Profiles.find( m_nProfile );
+	return it == m_Profiles.end() ? UNKNOWN : it->second;
+}
+
+void CSpeedscopeHandler::SetProfileMember( std::string_view text )
 {
 	static constexpr std::pair<std::string_view, int> UNITS[] = {
 		{ "nanoseconds", NANOSECONDS },
@@ -169,16 +174,19 @@ void CSpeedscopeHandler::SetProfileMember( Profile &profile, std::string_view te
 		{ "milliseconds", MILLISECONDS },
 		{ "seconds", SECONDS },
 	};
+	if ( m_nProfiles == 0 )
+		return;
+	const size_t nProfile = m_nProfiles - 1;
 	if ( m_Path[PROFILE] == Member::Name )
-		profile.m_Name = text;
+		m_Profiles[nProfile].m_Name = text;
 	else if ( m_Path[PROFILE] == Member::StartValue )
-		profile.m_Start = text;
+		m_Profiles[nProfile].m_Start = text;
 	else if ( m_Path[PROFILE] == Member::Unit )
 		for ( const auto &[name, nUnit] : UNITS )
 			if ( text == name )
 			{
-				profile.m_nUnit = nUnit;
-				profile.m_bTime = true;
+				m_Profiles[nProfile].m_nUnit = nUnit;
+				m_Profiles[nProfile].m_bTime = true;
 			}
 }
 
@@ -208,7 +216,7 @@ uint32_t CSpeedscopeHandler::FrameName( std::string_view index )
 
 std::optional<int64_t> CSpeedscopeHandler::TimeOf( std::string_view text ) const
 {
-	const Profile &profile = m_Profiles[m_nProfile];
+	const Profile &profile = ProfileAtHand();
 	TraceEvent event;
 	if ( !profile.m_bTime && m_Weight.IsGiven() )
 		return m_Weight.Parse( text, MICROSECONDS, event ) ? std::optional( event.m_nDuration ) : std::nullopt;
@@ -219,23 +227,19 @@ void CSpeedscopeHandler::BeginProfile()
 {
 	if ( !m_bEvents )
 	{
-		m_Profiles.emplace_back();
+		m_nProfiles++;
 		return;
 	}
-	m_nProfile = std::min( m_nProfile, m_Profiles.size() - 1 );
 	m_nThread = m_Trace.m_Threads.Find( "0", std::to_string( m_nProfile ) );
-	m_Trace.m_Threads.Get( m_nThread ).m_Name = m_Profiles[m_nProfile].m_Name;
-	m_Stacks.clear();
-	m_Weights.clear();
-	m_nStacks = m_nWeights = 0;
-	m_nNow = TimeOf( m_Profiles[m_nProfile].m_Start ).value_or( 0 );
+	m_Trace.m_Threads.Get( m_nThread ).m_Name = ProfileAtHand().m_Name;
+	m_nNow = TimeOf( ProfileAtHand().m_Start ).value_or( 0 );
 }
 
 void CSpeedscopeHandler::EndProfile()
 {
 	if ( !m_bEvents )
 		return;
-	for ( size_t i = std::min( m_nStacks, m_nWeights ); i < std::max( m_nStacks, m_nWeights ); i++ )
+	for ( uint64_t nAlone = m_Pairs.End(); nAlone > 0; nAlone-- )
 		m_Trace.m_Report.Add( Repair::UnusableEvent );
 	m_nProfile++;
 }
@@ -251,26 +255,22 @@ void CSpeedscopeHandler::AddEvent()
 	event.m_nTime = *m_nTime;
 	event.m_nName = m_nName;
 	event.m_nThread = m_nThread;
-	Add( event, m_nOffset );
+	m_Trace.Add( event, m_nOffset );
 }
 
 void CSpeedscopeHandler::AddSample()
 {
 	if ( !m_bEvents )
 		return;
-	const uint32_t nStack = m_bGoodStack ? m_nStack : NO_NAME;
-	if ( m_nStacks < m_Weights.size() )
-		EmitSample( nStack, m_Weights[m_nStacks], m_nOffset );
-	else
-		m_Stacks.push_back( nStack );
-	m_nStacks++;
+	if ( const std::optional<TraceEvent> sample = m_Pairs.AddStack( m_bGoodStack ? m_nStack : NO_NAME ) )
+		EmitSample( *sample, m_nOffset );
 }
 
 void CSpeedscopeHandler::AddWeight( std::string_view text )
 {
 	TraceEvent event;
 	event.m_Kind = EventKind::Sample;
-	const Profile &profile = m_Profiles[m_nProfile];
+	const Profile &profile = ProfileAtHand();
 	bool bGood = false;
 	if ( profile.m_bTime )
 	{
@@ -281,26 +281,17 @@ void CSpeedscopeHandler::AddWeight( std::string_view text )
 	else
 		bGood = m_Weight.Parse( text, MICROSECONDS, event );
 	event.m_nName = bGood ? 0 : NO_NAME;
-	if ( m_nWeights < m_Stacks.size() )
-		EmitSample( m_Stacks[m_nWeights], event, m_nWeightsOffset );
-	else
-		m_Weights.push_back( event );
-	m_nWeights++;
+	if ( const std::optional<TraceEvent> sample = m_Pairs.AddWeight( event ) )
+		EmitSample( *sample, m_nWeightsOffset );
 }
 
-void CSpeedscopeHandler::EmitSample( uint32_t nStack, TraceEvent event, int64_t nOffset )
+void CSpeedscopeHandler::EmitSample( TraceEvent sample, int64_t nOffset )
 {
-	if ( nStack == NO_NAME || event.m_nName == NO_NAME )
+	if ( sample.m_nName == NO_NAME )
 		return m_Trace.m_Report.Add( Repair::UnusableEvent, nOffset );
-	event.m_nName = nStack;
-	event.m_nThread = m_nThread;
-	event.m_nTime = m_nNow;
-	m_nNow = std::min( m_nNow + std::clamp<int64_t>( event.m_nDuration, 0, MAX_TIME ), MAX_TIME );
-	Add( event, nOffset );
-}
-
-void CSpeedscopeHandler::Add( const TraceEvent &event, int64_t nOffset )
-{
-	m_bSpoolFailed = m_bSpoolFailed || !m_Trace.Add( event, nOffset );
+	sample.m_nThread = m_nThread;
+	sample.m_nTime = m_nNow;
+	m_nNow = std::min( m_nNow + std::clamp<int64_t>( sample.m_nDuration, 0, MAX_TIME ), MAX_TIME );
+	m_Trace.Add( sample, nOffset );
 }
 } // namespace convert

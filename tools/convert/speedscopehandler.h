@@ -2,11 +2,13 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/convert/jsoninput.h"
+#include "tools/convert/samplepairs.h"
 #include "tools/convert/sampleweight.h"
 #include "tools/convert/trace.h"
 
@@ -21,6 +23,7 @@ public:
 		: m_Input( input )
 		, m_Trace( trace )
 		, m_Weight( options )
+		, m_Pairs( trace.m_Spool.Folder(), trace.m_Spool.RunEvents() )
 	{
 	}
 
@@ -35,8 +38,12 @@ public:
 	bool StartArray();
 	bool EndArray( rapidjson::SizeType nElements );
 
-	bool FoundProfiles() const { return !m_Profiles.empty(); }
-	bool SpoolFailed() const { return m_bSpoolFailed; }
+	bool FoundProfiles() const { return m_nProfiles > 0; }
+	bool SpoolFailed() const { return !SpoolProblem().empty(); }
+	const std::string &SpoolProblem() const
+	{
+		return m_Pairs.Problem().empty() ? m_Trace.m_Spool.Problem() : m_Pairs.Problem();
+	}
 
 private:
 	enum class Member
@@ -68,7 +75,8 @@ private:
 	bool Open();
 	bool Scalar( std::string_view text );
 	bool IsIn( Member first, Member third ) const { return m_Path[1] == first && m_Path[3] == third; }
-	void SetProfileMember( Profile &profile, std::string_view text );
+	void SetProfileMember( std::string_view text );
+	const Profile &ProfileAtHand() const;
 	void SetEventMember( std::string_view text );
 	uint32_t FrameName( std::string_view index );
 	std::optional<int64_t> TimeOf( std::string_view text ) const;
@@ -77,20 +85,19 @@ private:
 	void AddEvent();
 	void AddSample();
 	void AddWeight( std::string_view text );
-	void EmitSample( uint32_t nStack, TraceEvent event, int64_t nOffset );
-	void Add( const TraceEvent &event, int64_t nOffset );
+	void EmitSample( TraceEvent sample, int64_t nOffset );
 
 	CJsonInput &m_Input;
 	CTrace &m_Trace;
 	CSampleWeight m_Weight;
 	bool m_bEvents = false; // this is the second time
-	bool m_bSpoolFailed = false;
 	int m_nDepth = 0;
 	std::array<Member, 8> m_Path{}; // by depth, the member at hand
 
-	bool m_bHasFrames = false;          // the list of names was there
-	std::vector<uint32_t> m_FrameNames; // NO_NAME where there is none
-	std::vector<Profile> m_Profiles;
+	bool m_bHasFrames = false;            // the list of names was there
+	std::vector<uint32_t> m_FrameNames;   // NO_NAME where there is none
+	std::map<size_t, Profile> m_Profiles; // those that say something of themselves
+	size_t m_nProfiles = 0;
 	size_t m_nProfile = 0; // at hand
 
 	// The event at hand.
@@ -99,14 +106,10 @@ private:
 	uint32_t m_nName = NO_NAME;
 	std::optional<int64_t> m_nTime;
 
-	// Samples and weights are two lists, whichever comes first waits for the other.
+	CSamplePairs m_Pairs;
 	uint32_t m_nThread = 0;
 	uint32_t m_nStack = CStackTable::EMPTY_STACK; // of the sample at hand
 	bool m_bGoodStack = true;
-	std::vector<uint32_t> m_Stacks;
-	std::vector<TraceEvent> m_Weights;
-	size_t m_nStacks = 0; // that were read
-	size_t m_nWeights = 0;
 	int64_t m_nWeightsOffset = 0; // of their list; inside a number the reader works on a copy of the input
 	int64_t m_nNow = 0;           // where the next sample begins
 };

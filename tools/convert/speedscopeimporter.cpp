@@ -24,7 +24,7 @@ bool ImportSpeedscope( CInputStream &input, CTrace &trace, const ImportOptions &
 	handler.BeginEvents();
 	reader.Parse<JSON_FLAGS>( stream, handler );
 	if ( handler.SpoolFailed() )
-		problem.m_Text = trace.m_Spool.Problem();
+		problem.m_Text = handler.SpoolProblem();
 	else if ( !input.Problem().empty() )
 		problem = { input.Problem(), input.Position() };
 	if ( !problem.m_Text.empty() )
