@@ -144,6 +144,47 @@ TEST( Frames, APeriodThatMakesTooManyFramesIsRefused )
 	EXPECT_THAT( conversion.m_Problem.m_Text, HasSubstr( "1000000 frames" ) );
 }
 
+// Periods 1 to 4999 are empty, of which 1000 stay.
+TEST( Frames, OfManyEmptyFramesInARowAThousandAreKeptAndTheOthersCounted )
+{
+	const Conversion conversion =
+		ConvertText( Trace( { CompleteEvent( "a", 0, 40 ), CompleteEvent( "b", 400000, 20 ) } ), ByPeriod( 80 ) );
+	const std::vector<FrameFigures> frames = FramesOf( conversion.m_Bytes );
+	ASSERT_EQ( frames.size(), 1002u );
+	EXPECT_EQ( frames[0], ( FrameFigures{ { "", { 1, 80 } }, { "a", { 1, 40 } } } ) );
+	for ( size_t i = 1; i < 1001; i++ )
+		ASSERT_EQ( frames[i], ( FrameFigures{ { "", { 1, 80 } } } ) ) << i;
+	EXPECT_EQ( frames[1001], ( FrameFigures{ { "", { 1, 20 } }, { "b", { 1, 20 } } } ) );
+	EXPECT_EQ( conversion.m_Report.Get( Note::EmptyFrames ), 3999u );
+	EXPECT_FALSE( conversion.m_Report.IsDamaged() );
+}
+
+TEST( Frames, EveryStretchOfEmptyFramesKeepsAsMany )
+{
+	const auto countOf = []( int nEmpty )
+	{
+		std::vector<std::string> events;
+		for ( int i = 0; i < 3; i++ )
+			events.push_back( CompleteEvent( "a", i * ( nEmpty + 1 ) * 80.0, 40 ) );
+		const Conversion conversion = ConvertText( Trace( events ), ByPeriod( 80 ) );
+		return std::pair( FramesOf( conversion.m_Bytes ).size(), conversion.m_Report.Get( Note::EmptyFrames ) );
+	};
+	EXPECT_EQ( countOf( 999 ), ( std::pair<size_t, uint64_t>( 3 + 2 * 999, 0 ) ) );
+	EXPECT_EQ( countOf( 1000 ), ( std::pair<size_t, uint64_t>( 3 + 2 * 1000, 0 ) ) );
+	EXPECT_EQ( countOf( 1001 ), ( std::pair<size_t, uint64_t>( 3 + 2 * 1000, 2 ) ) );
+}
+
+TEST( Frames, AFrameInWhichAScopeIsOpenIsNotEmpty )
+{
+	const Conversion conversion = ConvertText(
+		Trace( { BeginEvent( "a", 0 ), BeginEvent( "b", 400000 ), EndEvent( 400020 ), EndEvent( 400040 ) } ),
+		ByPeriod( 80 ) );
+	const std::vector<FrameFigures> frames = FramesOf( conversion.m_Bytes );
+	ASSERT_EQ( frames.size(), 5001u );
+	EXPECT_EQ( frames[2500], ( FrameFigures{ { "", { 1, 80 } }, { "a", { 0, 80 } } } ) );
+	EXPECT_EQ( conversion.m_Report.Get( Note::EmptyFrames ), 0u );
+}
+
 TEST( Frames, SeveralThreadsHaveANodeEach )
 {
 	const std::string trace = Trace( { Named( "thread_name", 1, "Main" ), CompleteEvent( "a", 0, 40, 1 ),

@@ -100,6 +100,22 @@ TEST( PerfScript, APeriodCutsSamplesByTheirTimes )
 	EXPECT_EQ( frames[2].at( "demo_engine 4712/Audio" ), ( Figures{ 1, 500 } ) );
 }
 
+// Two hours lie between the samples.
+TEST( PerfScript, AProcessThatSleepsMakesAThousandEmptyFrames )
+{
+	ConversionOptions options = From( Format::Perf );
+	options.m_Cut.m_nPeriod = 10'000'000;
+	const auto sample = []( const char *pTime )
+	{ return "p 7 " + std::string( pTime ) + ": 4000 cpu-clock: \n\tff main (x)\n\n"; };
+	const Conversion conversion = ConvertText( sample( "1.0" ) + sample( "7201.0" ), options );
+	const std::vector<FrameFigures> frames = FramesOf( conversion.m_Bytes );
+	ASSERT_EQ( frames.size(), 1002u );
+	EXPECT_EQ( frames.front(), frames.back() );
+	EXPECT_EQ( frames[500], ( FrameFigures{ { "", { 1, 0 } } } ) );
+	EXPECT_THAT( conversion.m_Report.Lines(), ElementsAre( "718999 frames in which nothing ran were left out: 1000 in "
+														   "a row are kept" ) );
+}
+
 TEST( PerfScript, AScopeOfSamplesCutsFramesWhereItAppears )
 {
 	ConversionOptions options = From( Format::Perf );

@@ -277,7 +277,28 @@ bool CFrameCutter::CutPeriods( int64_t nTime )
 		if ( !Cut( m_nNextCut ) )
 			return false;
 		m_nNextCut += m_Options.m_nPeriod;
+		if ( m_Active.empty() ) // and nothing begins before that time
+			return CutEmptyPeriods( nTime );
 	}
+	return true;
+}
+
+bool CFrameCutter::CutEmptyPeriods( int64_t nTime )
+{
+	const int64_t nLast = std::min( nTime, m_nLastTime - 1 );
+	const int64_t nFrames = nLast < m_nNextCut ? 0 : ( nLast - m_nNextCut ) / m_Options.m_nPeriod + 1;
+	for ( int64_t i = 0; i < std::min( nFrames, MAX_EMPTY_FRAMES ); i++ )
+	{
+		if ( !Cut( m_nNextCut ) )
+			return false;
+		m_nNextCut += m_Options.m_nPeriod;
+	}
+	if ( nFrames <= MAX_EMPTY_FRAMES )
+		return true;
+	const int64_t nLeftOut = nFrames - MAX_EMPTY_FRAMES;
+	m_Trace.m_Report.Add( Note::EmptyFrames, static_cast<uint64_t>( nLeftOut ) );
+	m_nNextCut += nLeftOut * m_Options.m_nPeriod;
+	m_Frame.m_nStart = m_nNextCut - m_Options.m_nPeriod;
 	return true;
 }
 

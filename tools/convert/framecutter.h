@@ -27,12 +27,14 @@ struct CutOptions
 
 // With several threads each has a node below the root, and its scopes are below that; the root's time is that of the
 // frame all the same. A scope that reaches over a frame's end is split there; its call counts in the frame in which it
-// begins. Samples are no scopes: each adds its time and a call to every node of its stack, and the root's time is the
-// sum of the frame's samples.
+// begins. Of frames of a period in which no scope is open and no sample lies, MAX_EMPTY_FRAMES in a row are kept: two
+// samples may be hours apart. Samples are no scopes: each adds its time and a call to every node of its stack, and the
+// root's time is the sum of the frame's samples.
 class CFrameCutter
 {
 public:
 	static constexpr int64_t MAX_FRAMES = 1'000'000;             // by a period
+	static constexpr int64_t MAX_EMPTY_FRAMES = 1000;            // in a row, by a period
 	static constexpr uint64_t MAX_ENTRIES = uint64_t{ 1 } << 32; // frames times nodes
 
 	CFrameCutter( CTrace &trace, const CutOptions &options, IFrameSink &sink );
@@ -67,6 +69,7 @@ private:
 	void SetBase( ThreadState &state, uint32_t nThread );
 	bool CutAtMarker( const TraceEvent &event );
 	bool CutPeriods( int64_t nTime );
+	bool CutEmptyPeriods( int64_t nTime );
 	bool Cut( int64_t nTime );
 	bool EmitFrame( int64_t nEnd );
 	bool FinishFrames();

@@ -28,6 +28,8 @@ static_assert( std::size( REPAIRS ) == static_cast<size_t>( Repair::Count ) );
 static constexpr Texts NOTES[] = {
 	{ "event of a kind that is no scope was left out", "events of kinds that are no scopes were left out" },
 	{ "scope before the first frame was left out", "scopes before the first frame were left out" },
+	{ "frame in which nothing ran was left out: 1000 in a row are kept",
+		"frames in which nothing ran were left out: 1000 in a row are kept" },
 	{ "long name was cut", "long names were cut" },
 	{ "name has characters that the target cannot hold; they were replaced",
 		"names have characters that the target cannot hold; they were replaced" },

@@ -28,6 +28,7 @@ enum class Note
 {
 	OtherKind,        // events that are no scopes
 	BeforeFirstFrame, // scopes before the first frame marker
+	EmptyFrames,      // of a period, many in a row
 	NameCut,
 	NameCharacters,
 	TooManyNames,
