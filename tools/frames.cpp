@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <ostream>
 
 #include "tools/commands.h"
@@ -21,8 +22,8 @@ struct FramesOptions
 
 struct Column
 {
-	std::string m_Heading; // UTF-8
-	std::vector<int32_t> m_Nodes;
+	std::string m_Heading;        // UTF-8
+	std::vector<int32_t> m_Nodes; // ascending
 };
 
 // All entries of a frame that is stored.
@@ -32,16 +33,36 @@ struct FrameFigures
 	int32_t m_nActiveNodes = 0; // called, or with a time
 };
 
+// The time of a column's nodes in a frame. The nodes are as many as have the name, the entries as many as the frame
+// has.
+int64_t SumColumn( const CKestoFile::CTickTimings &frame, const Column &column )
+{
+	int64_t nTime = 0;
+	const CKestoFile::CTickTimings::Storage &storage = frame.GetStorage();
+	if ( column.m_Nodes.size() < static_cast<size_t>( storage.m_nStored ) )
+	{
+		for ( const int32_t nNode : column.m_Nodes )
+			nTime += static_cast<int32_t>( frame.PeekEntry( nNode ).m_nTime );
+		return nTime;
+	}
+	VisitEntries( frame,
+		[&]( int32_t nNode, const CKestoFile::CTickTimings::Entry &entry )
+		{
+			if ( std::binary_search( column.m_Nodes.begin(), column.m_Nodes.end(), nNode ) )
+				nTime += static_cast<int32_t>( entry.m_nTime );
+		} );
+	return nTime;
+}
+
 FrameFigures SumFrame( const CKestoFile::CTickTimings &frame )
 {
 	FrameFigures figures;
-	const CKestoFile::CTickTimings::Storage &storage = frame.GetStorage();
-	for ( int32_t i = 0; i < storage.m_nStored; i++ )
-	{
-		const CKestoFile::CTickTimings::Entry entry = storage.Get( i );
-		figures.m_nCalls += entry.m_nCalls;
-		figures.m_nActiveNodes += entry.m_nCalls != 0 || entry.m_nTime != 0;
-	}
+	VisitEntries( frame,
+		[&]( int32_t, const CKestoFile::CTickTimings::Entry &entry )
+		{
+			figures.m_nCalls += entry.m_nCalls;
+			figures.m_nActiveNodes++;
+		} );
 	return figures;
 }
 
@@ -72,12 +93,7 @@ bool WriteFrames( const CKestoFile &file, const std::vector<Column> &columns, CO
 		csv.Integer( figures.m_nCalls );
 		csv.Integer( figures.m_nActiveNodes );
 		for ( const Column &column : columns )
-		{
-			int64_t nColumn = 0;
-			for ( const int32_t nNode : column.m_Nodes )
-				nColumn += static_cast<int32_t>( frame.PeekEntry( nNode ).m_nTime );
-			csv.Integer( nColumn );
-		}
+			csv.Integer( SumColumn( frame, column ) );
 		if ( !csv.EndRow() )
 			return false;
 		nStart += nTime;
@@ -95,6 +111,7 @@ ExitStatus Frames( CommandContext &context, const FramesOptions &options )
 	for ( const std::string &name : options.m_Nodes )
 	{
 		columns.push_back( { name, ChooseNodes( tree, name ) } );
+		std::sort( columns.back().m_Nodes.begin(), columns.back().m_Nodes.end() );
 		if ( columns.back().m_Nodes.empty() )
 		{
 			context.m_Errors << FormatErrorLine( options.m_File, {}, "there is no node \"" + name + '"' ) << '\n';

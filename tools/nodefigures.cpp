@@ -9,19 +9,6 @@ constexpr size_t ENTRIES_AT_ONCE = size_t{ 1 } << 24;
 
 using Entry = CKestoFile::CTickTimings::Entry;
 
-// All entries that take memory; the others are 0.
-template <typename Visit>
-void VisitEntries( const CKestoFile::CTickTimings &frame, const Visit &visit )
-{
-	const CKestoFile::CTickTimings::Storage &storage = frame.GetStorage();
-	for ( int32_t i = 0; i < storage.m_nStored; i++ )
-	{
-		const Entry entry = storage.Get( i );
-		if ( entry.m_nCalls != 0 || entry.m_nTime != 0 )
-			visit( storage.m_pNodes ? ( *storage.m_pNodes )[static_cast<size_t>( i )] : i, entry );
-	}
-}
-
 int32_t SignedTime( const Entry &entry )
 {
 	return static_cast<int32_t>( entry.m_nTime );

@@ -10,6 +10,20 @@
 #include "tools/nodetree.h"
 #include "tools/statistics.h"
 
+// Calls visit( nNode, entry ) for all entries of the frame that are not 0. Costs what the frame stores, not what its
+// list is long.
+template <typename Visit>
+void VisitEntries( const CKestoFile::CTickTimings &frame, const Visit &visit )
+{
+	const CKestoFile::CTickTimings::Storage &storage = frame.GetStorage();
+	for ( int32_t i = 0; i < storage.m_nStored; i++ )
+	{
+		const CKestoFile::CTickTimings::Entry entry = storage.Get( i );
+		if ( entry.m_nCalls != 0 || entry.m_nTime != 0 )
+			visit( storage.m_pNodes ? ( *storage.m_pNodes )[static_cast<size_t>( i )] : i, entry );
+	}
+}
+
 // The root's time in each frame, microseconds.
 std::vector<int32_t> FrameTimes( const CKestoFile &file );
 

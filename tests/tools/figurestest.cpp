@@ -134,6 +134,22 @@ TEST( KestoFrames, AddsAColumnForEachNodeThatIsAskedFor )
 							 "3,24000,40000,4,4,1600,2400\n" );
 }
 
+// Five nodes have the name; the first frame has entries for one of them, the second for all.
+TEST( KestoFrames, AColumnAddsUpAllNodesOfItsNameHoweverFewAFrameHas )
+{
+	CRecordingWriter writer = CRecordingWriter().Header( 0 ).BeginFrame().Node( 0, "x", 1 );
+	writer.BeginTimings().Entry( 1, 100 ).Entry( 1, 7 ).EndFrame().BeginFrame();
+	for ( int32_t i = 2; i <= 5; i++ )
+		writer.Node( 0, "x", i );
+	writer.BeginTimings().Entry( 1, 100 );
+	for ( uint32_t i = 1; i <= 5; i++ )
+		writer.Entry( 1, i );
+	const KestoRun run = Tell( "frames", writer.EndFrame().m_Bytes, { "--node", "x" } );
+	EXPECT_EQ( run.m_Output, "frame,start_us,time_us,calls,active_nodes,x_us\n"
+							 "0,0,400,2,2,28\n"
+							 "1,400,400,6,6,60\n" );
+}
+
 TEST( KestoFrames, ANodeThatIsNotThereIsAnError )
 {
 	const KestoRun run = Tell( "frames", MakeFourFrames(), { "--node", "Sound" } );
