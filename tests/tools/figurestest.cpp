@@ -78,6 +78,30 @@ TEST( KestoInfo, OrdersByOwnTimeWhenAsked )
 	EXPECT_TRUE( lines[13].ends_with( "  Physics" ) );
 }
 
+// Node i takes i units; the root, which is one of the ten, takes most.
+TEST( KestoInfo, ListsTheTenNodesWithTheMostTimeUnlessTold )
+{
+	CRecordingWriter writer = CRecordingWriter().Header( 0 ).BeginFrame();
+	for ( int32_t i = 1; i <= 12; i++ )
+		writer.Node( 0, "n" + std::to_string( i ), i );
+	writer.BeginTimings().Entry( 1, 100 );
+	for ( uint32_t i = 12; i >= 1; i-- ) // the last one defined comes first
+		writer.Entry( 1, i );
+	const auto nodesOf = [&]( const std::vector<std::string> &more )
+	{
+		std::vector<std::string> lines = SplitLines( Tell( "info", writer.m_Bytes, more ).m_Output );
+		lines.erase( lines.begin(), lines.begin() + 10 );
+		for ( std::string &line : lines )
+			line = line.substr( line.rfind( ' ' ) + 1 );
+		return lines;
+	};
+	writer.EndFrame();
+	EXPECT_EQ( nodesOf( {} ),
+		( std::vector<std::string>{ "(root)", "n12", "n11", "n10", "n9", "n8", "n7", "n6", "n5", "n4" } ) );
+	EXPECT_EQ( nodesOf( { "--top", "2" } ), ( std::vector<std::string>{ "(root)", "n12" } ) );
+	EXPECT_EQ( nodesOf( { "--top", "100" } ).size(), 13u );
+}
+
 TEST( KestoInfo, AFileOfOnlyTheHeaderHasNoTimes )
 {
 	const KestoRun run = Tell( "info", CRecordingWriter().Header( 0 ).m_Bytes, { "--json" } );
