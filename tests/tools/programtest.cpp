@@ -1,4 +1,4 @@
-// The built program as a process: statuses, help, streams, signals, manual page and completion.
+// The built program as a process: statuses, help, streams, signals, manual pages and completion.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -67,17 +67,26 @@ std::set<std::string> Complete( const std::vector<std::string> &words )
 	return offered;
 }
 
-// What the manual page says of a command: from its line in the list of commands up to the next one's.
-std::string ManualOf( const std::string &command )
+const char *const MANUAL = KESTO_MANUALS "/kesto.1";
+const char *const MANUAL_OF_CONVERT = KESTO_MANUALS "/kesto-convert.1";
+
+std::string TextOfManual( const char *pPath )
 {
 	std::string page; // bold letters are written twice, with a backspace between them
-	for ( const char c : RunProgram( { "mandoc", "-Tascii", KESTO_MANUAL } ).m_Output )
+	for ( const char c : RunProgram( { "mandoc", "-Tascii", pPath } ).m_Output )
 	{
 		if ( c == '\b' )
 			page.pop_back();
 		else
 			page += c;
 	}
+	return page;
+}
+
+// What the manual page says of a command: from its line in the list of commands up to the next one's.
+std::string ManualOf( const std::string &command )
+{
+	const std::string page = TextOfManual( MANUAL );
 	const size_t nList = page.find( "\nCOMMANDS\n" );
 	const size_t nBegin = page.find( "\n     kesto " + command + " ", nList );
 	const size_t nEnd = std::min( page.find( "\n     kesto ", nBegin + 1 ), page.find( "\nEXIT STATUS\n" ) );
@@ -239,9 +248,21 @@ TEST( KestoProgram, ShowsNoProgressWhereThereIsNoTerminal )
 
 TEST( KestoManual, IsWithoutFault )
 {
-	const KestoRun run = RunProgram( { "mandoc", "-Tlint", "-Wwarning", KESTO_MANUAL } );
+	const KestoRun run = RunProgram( { "mandoc", "-Tlint", "-Wwarning", MANUAL, MANUAL_OF_CONVERT } );
 	EXPECT_EQ( run.m_Output + run.m_Errors, "" );
 	EXPECT_EQ( run.m_nStatus, 0 );
+}
+
+TEST( KestoManual, ConversionHasAPageOfItsOwn )
+{
+	const std::string page = TextOfManual( MANUAL_OF_CONVERT );
+	std::set<std::string> options = LongOptions( RunKestoProgram( { "convert", "--help" } ).m_Output );
+	options.erase( "--help" );
+	ASSERT_EQ( options.size(), 7u );
+	for ( const std::string &option : options )
+		EXPECT_NE( page.find( "\n     " + option + " " ), std::string::npos ) << option;
+	for ( const char *pFormat : { "kesto", "chrome", "speedscope", "folded", "perf", "csv" } )
+		EXPECT_NE( page.find( std::string( "\n           " ) + pFormat + " " ), std::string::npos ) << pFormat;
 }
 
 TEST( KestoManual, TellsOfEveryCommandAndOption )
