@@ -4,6 +4,7 @@
 #include "tools/jsonwriter.h"
 #include "tools/loadedrecording.h"
 #include "tools/outputfile.h"
+#include "tools/progress.h"
 
 namespace
 {
@@ -19,10 +20,11 @@ struct DumpOptions
 class CDump
 {
 public:
-	CDump( const LoadedRecording &recording, COutputFile &output )
+	CDump( const LoadedRecording &recording, COutputFile &output, CProgress &progress )
 		: m_Recording( recording )
 		, m_File( *recording.m_pFile )
 		, m_Output( output )
+		, m_Progress( progress )
 	{
 	}
 
@@ -79,6 +81,7 @@ private:
 			}
 			m_Json.EndArray();
 			FlushWhenLong();
+			m_Progress.Show( i );
 		}
 		m_Json.EndArray();
 	}
@@ -133,6 +136,7 @@ private:
 	const LoadedRecording &m_Recording;
 	const CKestoFile &m_File;
 	COutputFile &m_Output;
+	CProgress &m_Progress; // of the frames
 	std::string m_Text;
 	CJsonWriter m_Json{ m_Text };
 	bool m_bGood = true;
@@ -144,7 +148,10 @@ ExitStatus Dump( CommandContext &context, const DumpOptions &options )
 	if ( !recording.m_pFile )
 		return ExitStatus::Unusable;
 	COutputFile output( context.m_Output );
-	if ( output.Open( options.m_Output ) && CDump( recording, output ).Write() && output.Commit() )
+	// What goes to the terminal itself is progress enough.
+	CProgress progress( options.m_Output == "-" ? nullptr : context.m_pProgress, "Writing " + options.m_Output,
+		recording.FrameCount() );
+	if ( output.Open( options.m_Output ) && CDump( recording, output, progress ).Write() && output.Commit() )
 		return recording.Status();
 	context.m_Errors << output.Problem() << '\n';
 	return ExitStatus::Unusable;

@@ -11,8 +11,9 @@ constexpr char END_OF_FRAME = static_cast<char>( wire::RecordingToken::EndOfFram
 class CTracingReader final : public CKestoFile::CReader
 {
 public:
-	explicit CTracingReader( std::span<const uint8_t> bytes )
+	CTracingReader( std::span<const uint8_t> bytes, const std::function<void( int64_t )> &progress )
 		: m_Reader( bytes )
+		, m_Progress( progress )
 	{
 	}
 
@@ -47,6 +48,8 @@ public:
 		m_nFrameBegin = m_nFrameEnd;
 		m_nFrameEnd = m_Reader.GetPosition();
 		m_bFrameCut = !m_bGood;
+		if ( m_Progress )
+			m_Progress( m_nFrameEnd );
 		return m_Reader.BytesLeft();
 	}
 
@@ -63,6 +66,9 @@ public:
 	int m_nFailedCount = 0;          // bytes of the field that was not there; 0 when the bytes themselves were wrong
 	int64_t m_nLongField = 0;        // the last field of 4 bytes that was read
 	int64_t m_nEarlierLongField = 0; // the one before it
+
+private:
+	const std::function<void( int64_t )> &m_Progress;
 };
 
 // The last frame counts although its bytes end too early: at a token, inside its header value, or inside the value or
@@ -83,9 +89,9 @@ void EndCutFrame( const CTracingReader &reader, RecordingRepair &repair )
 }
 } // namespace
 
-RecordingRepair FindRepair( std::span<const uint8_t> bytes )
+RecordingRepair FindRepair( std::span<const uint8_t> bytes, const std::function<void( int64_t nPosition )> &progress )
 {
-	CTracingReader reader( bytes );
+	CTracingReader reader( bytes, progress );
 	const auto pFile = CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
 	RecordingRepair repair;
 	repair.m_nFrames = pFile->GetFrameCount();

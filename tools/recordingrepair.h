@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 
@@ -18,4 +19,6 @@ struct RecordingRepair
 	size_t m_nOffset = 0;  // where
 };
 
-RecordingRepair FindRepair( std::span<const uint8_t> bytes );
+// The progress is told now and then how many bytes are read.
+RecordingRepair FindRepair(
+	std::span<const uint8_t> bytes, const std::function<void( int64_t nPosition )> &progress = {} );

@@ -6,6 +6,7 @@
 #include "tools/errorline.h"
 #include "tools/inputfile.h"
 #include "tools/outputfile.h"
+#include "tools/progress.h"
 #include "tools/recordingrepair.h"
 
 namespace
@@ -16,6 +17,13 @@ struct RepairOptions
 	std::string m_Output;
 };
 
+RecordingRepair FindRepairWithProgress(
+	CommandContext &context, const std::string &path, std::span<const uint8_t> bytes )
+{
+	CProgress progress( context.m_pProgress, "Decoding " + path, static_cast<int64_t>( bytes.size() ) );
+	return FindRepair( bytes, [&progress]( int64_t nPosition ) { progress.Show( nPosition ); } );
+}
+
 ExitStatus Repair( CommandContext &context, const RepairOptions &options )
 {
 	std::vector<uint8_t> bytes;
@@ -24,7 +32,7 @@ ExitStatus Repair( CommandContext &context, const RepairOptions &options )
 		context.m_Errors << FormatErrorLine( options.m_Input, {}, problem ) << '\n';
 		return ExitStatus::Unusable;
 	}
-	const RecordingRepair repair = FindRepair( bytes );
+	const RecordingRepair repair = FindRepairWithProgress( context, options.m_Input, bytes );
 	if ( repair.m_bDamaged )
 		context.m_Errors << FormatErrorLine( options.m_Input, static_cast<int64_t>( repair.m_nOffset ),
 								repair.m_Failure + "; frames kept: " + std::to_string( repair.m_nFrames ) )
