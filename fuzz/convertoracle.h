@@ -93,8 +93,8 @@ inline void CheckWrittenAgain( const Parsed &parsed, std::string_view recording,
 	std::string again;
 	convert::CReport report;
 	options.m_To = convert::Format::Kesto;
-	Require(
-		ConvertRecording( *parsed.m_pFile, options, report, Into( again ), []( int ) {} ), "it can be written again" );
+	convert::ImportProblem problem;
+	Require( ConvertRecording( *parsed.m_pFile, options, report, Into( again ), problem ), "it can be written again" );
 	const Parsed parsedAgain( again );
 	const std::span<const uint8_t> bytes( reinterpret_cast<const uint8_t *>( recording.data() ), recording.size() );
 	const std::string difference = FindDifference( *parsedAgain.m_pFile, !parsedAgain.m_Reader.m_bGood,
@@ -109,13 +109,13 @@ inline void CheckThereAndBack( const CKestoFile &file )
 	convert::CReport report;
 	convert::ConversionOptions there;
 	there.m_To = convert::Format::Chrome;
-	if ( !ConvertRecording( file, there, report, Into( trace ), []( int ) {} ) )
+	convert::ImportProblem problem;
+	if ( !ConvertRecording( file, there, report, Into( trace ), problem ) )
 		return;
 	convert::ConversionOptions back;
 	back.m_SpoolFolder = "/tmp";
 	std::string returned;
 	convert::CReport backReport;
-	convert::ImportProblem problem;
 	convert::CInputStream stream;
 	stream.OpenMemory( trace );
 	Require( ConvertTrace( stream, back, backReport, Into( returned ), problem ), "the Chrome trace can be read" );

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "tests/convert/conversions.h"
+#include "tests/recordings/recordingwriter.h"
 #include "tools/command.h"
 
 using testing::HasSubstr;
@@ -171,6 +172,105 @@ TEST_F( ConvertCommand, ADamagedRecordingIsConvertedAsFarAsItGoes )
 	EXPECT_EQ( Run( { Path( "in.kesto" ), Path( "out.kesto" ) } ), 1 );
 	EXPECT_THAT( m_Errors, HasSubstr( "Truncated file; Timings truncated; frames kept: 1\n" ) );
 	EXPECT_EQ( FramesOf( Read( "out.kesto" ) ).size(), 1u );
+}
+
+// Every frame's list is as long as the root's id says, so that none tells that it does not know the nodes of the last
+// one: 3000 times 10001 entries.
+TEST_F( ConvertCommand, ADamagedRecordingWhoseNodesDoNotFitItsFramesIsRefused )
+{
+	CRecordingWriter writer = CRecordingWriter().Header( 1048575 );
+	for ( int i = 0; i < 3000; i++ )
+		writer.BeginFrame().BeginTimings().Entry( 1, 1 ).EndFrame();
+	writer.BeginFrame();
+	for ( int i = 0; i < 10000; i++ )
+		writer.Node( 1048575, "n", i );
+	writer.EndFrame();
+	Write( "in.kesto", std::string( writer.m_Bytes.begin(), writer.m_Bytes.end() ) );
+	for ( const char *pOutput : { "out.kesto", "out.json", "out.speedscope.json", "out.folded", "out.csv" } )
+	{
+		EXPECT_EQ( Run( { Path( "in.kesto" ), Path( pOutput ) } ), 2 ) << pOutput;
+		EXPECT_EQ(
+			m_Errors, "kesto: " + Path( "in.kesto" ) +
+						  ": the nodes are not those of the frames: together they would make 30003000 entries, far "
+						  "more than the file holds\n" );
+		EXPECT_EQ( Files(), std::vector<std::string>{ "in.kesto" } ) << "nothing is left";
+	}
+}
+
+TEST_F( ConvertCommand, WhatIsSaidOfAConversionComesOnlyWithItsOutput )
+{
+	Write( "in.json", Trace( { CompleteEvent( "a", 0, 1 ) } ) );
+	EXPECT_EQ( Run( { Path( "in.json" ), "/dev/full", "--to", "kesto" } ), 2 );
+	EXPECT_EQ( m_Errors, "kesto: /dev/full: No space left on device\n" );
+}
+
+TEST_F( ConvertCommand, SaysThatAPackedInputIsPacked )
+{
+	Write( "in.json", std::string( "\x1F\x8B\x08\0\0", 5 ) );
+	EXPECT_EQ( Run( { Path( "in.json" ), Path( "out.kesto" ) } ), 2 );
+	EXPECT_EQ( m_Errors, "kesto: " + Path( "in.json" ) + ": offset 0: this is packed (gzip): unpack it first\n" );
+}
+
+TEST_F( ConvertCommand, SaysWhatATimeLineThatWasAddedUpDoesNotShow )
+{
+	Write( "in.json", WHOLE );
+	for ( const char *pOutput : { "out.json", "out.speedscope.json" } )
+	{
+		EXPECT_EQ( Run( { Path( "in.json" ), Path( pOutput ) } ), 0 );
+		EXPECT_THAT(
+			m_Errors, HasSubstr( ": 2 scopes were added up by frame and node: it is not shown when each of them "
+								 "ran\n" ) );
+	}
+}
+
+// The same stack in every format that is read, to every format that is written; what comes back is "a" with 100 and "b"
+// in it with 40 microseconds.
+TEST_F( ConvertCommand, EveryFormatGoesToEveryOther )
+{
+	const std::string trace = Trace( { BeginEvent( "a", 0 ), BeginEvent( "b", 20 ), EndEvent( 60 ), EndEvent( 100 ) } );
+	const std::string perf = "p 7 1.0: 60000 cpu-clock: \n\tff a (x)\n\np 7 1.1: 40000 cpu-clock: \n\tff b (x)\n"
+							 "\tff a (x)\n\n";
+	const std::pair<const char *, std::string> inputs[] = {
+		{ "in.kesto", ConvertText( trace ).m_Bytes },
+		{ "in.json", trace },
+		{ "in.object.json", "{\"traceEvents\":" + trace + "}" },
+		{ "in.speedscope.json", R"({"shared":{"frames":[{"name":"a"},{"name":"b"}]},"profiles":[{"type":"sampled",)"
+								R"("unit":"microseconds","samples":[[0],[0,1]],"weights":[60,40]}]})" },
+		{ "in.folded", "a 60\na;b 40\n" },
+		{ "in.perf", perf },
+	};
+	const auto timesOf = [this]( const char *pName )
+	{
+		std::map<std::string, int32_t> times;
+		for ( const FrameFigures &frame : FramesOf( Read( pName ) ) )
+			for ( const auto &[path, figures] : frame )
+				times[path] += figures.second;
+		return times;
+	};
+	const std::map<std::string, int32_t> expected = { { "", 100 }, { "a", 100 }, { "a/b", 40 } };
+	for ( const auto &[pInput, text] : inputs )
+	{
+		SCOPED_TRACE( pInput );
+		Write( pInput, text );
+		for ( const char *pOutput : { "out.kesto", "out.json", "out.speedscope.json", "out.folded" } )
+		{
+			EXPECT_EQ( Run( { Path( pInput ), Path( pOutput ) } ), 0 ) << pOutput << m_Errors;
+			EXPECT_EQ( Run( { Path( pOutput ), Path( "back.kesto" ) } ), 0 ) << pOutput << m_Errors;
+			std::map<std::string, int32_t> times = timesOf( "back.kesto" );
+			EXPECT_EQ( times, expected ) << pOutput;
+		}
+		EXPECT_EQ( Run( { Path( pInput ), Path( "out.csv" ) } ), 0 ) << m_Errors;
+		EXPECT_THAT( Read( "out.csv" ), HasSubstr( ",100,60\n" ) );
+		EXPECT_THAT( Read( "out.csv" ), HasSubstr( ",40,40\n" ) );
+	}
+}
+
+TEST_F( ConvertCommand, InputAndOutputMayBeTheSameFile )
+{
+	Write( "x.json", WHOLE );
+	EXPECT_EQ( Run( { Path( "x.json" ), Path( "x.json" ), "--to", "kesto", "--frame", "F" } ), 0 );
+	EXPECT_EQ( FramesOf( Read( "x.json" ) ).size(), 2u );
+	EXPECT_EQ( Files(), std::vector<std::string>{ "x.json" } );
 }
 
 TEST_F( ConvertCommand, HelpShowsAnExample )

@@ -41,7 +41,7 @@ Conversion ConvertRecordingBytes( std::string_view recording, convert::Format to
 		conversion.m_Bytes += bytes;
 		return true;
 	};
-	conversion.m_bDone = ConvertRecording( *pFile, options, conversion.m_Report, output, []( int ) {} );
+	conversion.m_bDone = ConvertRecording( *pFile, options, conversion.m_Report, output, conversion.m_Problem );
 	return conversion;
 }
 

@@ -53,6 +53,11 @@ std::string RandomRecording( std::mt19937 &engine )
 			if ( i > 0 )
 				times[static_cast<size_t>( parents[i] )] += times[i];
 		}
+		if ( random() % 6 == 0 ) // a frame may have no timings at all
+		{
+			writer.EndFrame();
+			continue;
+		}
 		writer.BeginTimings();
 		std::vector<int> open = { 0 };
 		while ( !open.empty() )
@@ -208,6 +213,22 @@ TEST( RoundTrip, EveryRecordingOfTheCorpusGoesToEveryFormat )
 				Back( conversion, format );
 		}
 	}
+}
+
+TEST( RoundTrip, AFrameWithoutTimingsTakesNoMoreRoomThanInItsFile )
+{
+	CRecordingWriter writer;
+	writer.Header().BeginFrame( 0 ).Node( 0, "a", 1 ).BeginTimings().Entry( 1, 25 ).Entry( 1, 10 ).EndFrame();
+	for ( int i = 0; i < 3; i++ )
+		writer.BeginFrame( 0 ).EndFrame();
+	const std::string recording = TextOf( writer.m_Bytes );
+	EXPECT_EQ( ConvertRecordingBytes( recording, Format::Kesto ).m_Bytes, recording );
+	EXPECT_EQ( ConvertRecordingBytes( recording, Format::Csv ).m_Bytes,
+		"frame,node,parent,depth,name,calls,time_us,exclusive_us\n"
+		"0,0,,0,,1,100,60\n0,1,0,1,a,1,40,40\n1,0,,0,,0,0,0\n2,0,,0,,0,0,0\n3,0,,0,,0,0,0\n" );
+	EXPECT_EQ( ConvertRecordingBytes( recording, Format::Folded ).m_Bytes, "[frame] 60\na 40\n" );
+	for ( const Format format : { Format::Chrome, Format::Speedscope } )
+		EXPECT_EQ( FramesOf( Back( ConvertRecordingBytes( recording, format ), format ).m_Bytes ).size(), 4u );
 }
 
 TEST( RoundTrip, WhatATargetCannotHoldIsSaid )

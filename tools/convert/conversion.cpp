@@ -60,13 +60,28 @@ bool ConvertTrace( CInputStream &input, const ConversionOptions &options, CRepor
 		problem.m_Text = cutter.Problem();
 		return false;
 	}
+	if ( options.m_To == Format::Chrome || options.m_To == Format::Speedscope )
+		report.Add( Note::AddedUp, cutter.ScopeCount() );
 	return pSink->Finish();
 }
 
+uint64_t MostEntriesOf( int64_t nFileBytes )
+{
+	constexpr uint64_t PER_BYTE = 4; // a file has room for one in 3 bytes
+	constexpr uint64_t ALWAYS = 1u << 24;
+	return static_cast<uint64_t>( nFileBytes ) * PER_BYTE + ALWAYS;
+}
+
 bool ConvertRecording( const CKestoFile &file, const ConversionOptions &options, CReport &report,
-	const ByteOutput &output, const std::function<void( int nFrames )> &progress )
+	const ByteOutput &output, ImportProblem &problem, const std::function<void( int nFrames )> &progress )
 {
 	CRecordingFeed feed( file, report );
+	if ( const uint64_t nEntries = feed.EntryCount(); nEntries > options.m_nMostEntries )
+	{
+		problem.m_Text = "the nodes are not those of the frames: together they would make " +
+						 std::to_string( nEntries ) + " entries, far more than the file holds";
+		return false;
+	}
 	const auto record = [&feed]( const CCallTree::Node &node ) { return feed.Record( node ); };
 	const std::unique_ptr<IFrameSink> pSink = MakeSink( options, feed, report, output, record );
 	if ( auto *pRecording = dynamic_cast<CRecordingSink *>( pSink.get() ) )

@@ -23,6 +23,9 @@ struct ConversionOptions
 	std::string m_SpoolFolder; // takes a temporary file when there are many events
 	size_t m_nRunEvents = CEventSpool::RUN_EVENTS;
 	CFrameCutter::Progress m_Progress; // of the second half, when the input is read
+
+	// Entries (frames times nodes) of a recording that are written at most.
+	uint64_t m_nMostEntries = CFrameCutter::MAX_ENTRIES;
 };
 
 // What one of the events of a trace is named, for sinks.
@@ -47,7 +50,11 @@ std::unique_ptr<IFrameSink> MakeSink( const ConversionOptions &options, INodeTex
 bool ConvertTrace( CInputStream &input, const ConversionOptions &options, CReport &report, const ByteOutput &output,
 	ImportProblem &problem );
 
-// The same for a recording. False: the output could not be written.
+// As many entries as the file of a recording may make: many times those that it has room for, so that only nodes that
+// do not belong to its frames make more.
+uint64_t MostEntriesOf( int64_t nFileBytes );
+
+// The same for a recording.
 bool ConvertRecording( const CKestoFile &file, const ConversionOptions &options, CReport &report,
-	const ByteOutput &output, const std::function<void( int nFrames )> &progress );
+	const ByteOutput &output, ImportProblem &problem, const std::function<void( int nFrames )> &progress = {} );
 } // namespace convert

@@ -45,6 +45,7 @@ public:
 	{
 		if ( !m_Input.Open( m_Arguments.m_Input ) )
 			return Refuse( m_Arguments.m_Input, {}, m_Input.Problem() );
+		BeginReading();
 		if ( const ExitStatus status = ChooseFormats(); status != ExitStatus::Fine )
 			return status;
 		if ( !m_Output.Open( m_Arguments.m_Output ) )
@@ -53,20 +54,32 @@ public:
 		const ExitStatus status = m_Options.m_From == Format::Kesto ? FromRecording() : FromTrace();
 		if ( status == ExitStatus::Unusable )
 			return status;
+		if ( !m_Output.Commit() )
+			return RefuseOutput();
+		EndProgress();
 		for ( const std::string &line : m_Report.Lines() )
 			m_Context.m_Errors << FormatErrorLine( m_Arguments.m_Input, {}, line ) << '\n';
-		return m_Output.Commit() ? status : RefuseOutput();
+		return status;
 	}
 
 private:
+	// Before anything else goes to the terminal.
+	void EndProgress()
+	{
+		m_Reading.reset();
+		m_Writing.reset();
+	}
+
 	ExitStatus Refuse( std::string_view file, std::optional<int64_t> nOffset, std::string_view what )
 	{
+		EndProgress();
 		m_Context.m_Errors << FormatErrorLine( file, nOffset, what ) << '\n';
 		return ExitStatus::Unusable;
 	}
 
 	ExitStatus RefuseOutput()
 	{
+		EndProgress();
 		m_Context.m_Errors << m_Output.Problem() << '\n';
 		return ExitStatus::Unusable;
 	}
@@ -79,9 +92,7 @@ private:
 		const std::optional<Format> from =
 			m_Arguments.m_From.empty() ? FormatOfContent( m_Input.Window() ) : FormatOfName( m_Arguments.m_From );
 		if ( !from )
-			return Refuse( m_Arguments.m_Input, 0,
-				m_Input.Window().empty() ? "the file is empty"
-										 : "no known format begins like this (--from names one)" );
+			return Refuse( m_Arguments.m_Input, 0, WhyUnknown( m_Input.Window() ) );
 		const std::optional<Format> to =
 			m_Arguments.m_To.empty() ? FormatOfPath( m_Arguments.m_Output ) : FormatOfName( m_Arguments.m_To );
 		if ( !to )
@@ -95,6 +106,15 @@ private:
 			return Refuse( m_Arguments.m_Input, {},
 				"a recording has its frames and no threads: --frame, --period, --thread and --process do not apply" );
 		return ExitStatus::Fine;
+	}
+
+	static const char *WhyUnknown( std::string_view head )
+	{
+		if ( head.empty() )
+			return "the file is empty";
+		if ( head.starts_with( "\x1F\x8B" ) )
+			return "this is packed (gzip): unpack it first";
+		return "no known format begins like this (--from names one)";
 	}
 
 	void SetOptions()
@@ -122,6 +142,25 @@ private:
 		return std::filesystem::temp_directory_path( error ).string();
 	}
 
+	// Already the first bytes, which tell the format, may be long in coming.
+	void BeginReading()
+	{
+		m_Reading.emplace( m_Context.m_pProgress, "Reading " + m_Arguments.m_Input, m_Input.Size() );
+		m_Input.SetProgress(
+			[this]( int64_t nPosition )
+			{
+				if ( m_Reading )
+					m_Reading->Show( nPosition );
+			} );
+	}
+
+	// What goes to the terminal itself is progress enough.
+	void BeginWriting( int64_t nTotal )
+	{
+		std::ostream *pTerminal = m_Arguments.m_Output == "-" ? nullptr : m_Context.m_pProgress;
+		m_Writing.emplace( pTerminal, "Writing " + m_Arguments.m_Output, nTotal );
+	}
+
 	ByteOutput OutputBytes()
 	{
 		return [this]( std::string_view bytes ) { return m_Output.Write( bytes ); };
@@ -129,15 +168,12 @@ private:
 
 	ExitStatus FromTrace()
 	{
-		CProgress reading( m_Context.m_pProgress, "Reading " + m_Arguments.m_Input, m_Input.Size() );
-		m_Input.SetProgress( [&reading]( int64_t nPosition ) { reading.Show( nPosition ); } );
-		std::unique_ptr<CProgress> pWriting;
 		m_Options.m_Progress = [&]( uint64_t nDone, uint64_t nTotal )
 		{
-			if ( !pWriting )
-				pWriting = std::make_unique<CProgress>(
-					m_Context.m_pProgress, "Writing " + m_Arguments.m_Output, static_cast<int64_t>( nTotal ) );
-			pWriting->Show( static_cast<int64_t>( nDone ) );
+			m_Reading.reset();
+			if ( !m_Writing )
+				BeginWriting( static_cast<int64_t>( nTotal ) );
+			m_Writing->Show( static_cast<int64_t>( nDone ) );
 		};
 		ImportProblem problem;
 		if ( ConvertTrace( m_Input, m_Options, m_Report, OutputBytes(), problem ) )
@@ -149,7 +185,7 @@ private:
 		return Refuse( m_Arguments.m_Input, nOffset, problem.m_Text );
 	}
 
-	ExitStatus FromRecording()
+	std::vector<uint8_t> ReadRecording()
 	{
 		std::vector<uint8_t> bytes;
 		do
@@ -157,9 +193,16 @@ private:
 			bytes.insert( bytes.end(), m_Input.Window().begin(), m_Input.Window().end() );
 			m_Input.Skip( m_Input.Window().size() );
 		} while ( m_Input.More() );
+		m_Reading.reset();
+		return bytes;
+	}
+
+	ExitStatus FromRecording()
+	{
+		const std::vector<uint8_t> bytes = ReadRecording();
 		if ( !m_Input.Problem().empty() )
 			return Refuse( m_Arguments.m_Input, m_Input.Position(), m_Input.Problem() );
-		const LoadedRecording recording = DecodeRecording( m_Context, m_Arguments.m_Input, std::move( bytes ) );
+		const LoadedRecording recording = DecodeRecording( m_Context, m_Arguments.m_Input, bytes );
 		if ( recording.m_bFailed )
 			m_Context.m_Errors << FormatErrorLine( m_Arguments.m_Input, recording.m_nOffset,
 									  recording.m_Failure +
@@ -167,14 +210,19 @@ private:
 							   << '\n';
 		if ( recording.Status() == ExitStatus::Unusable )
 			return ExitStatus::Unusable;
-		CProgress writing( m_Context.m_pProgress, "Writing " + m_Arguments.m_Output, recording.FrameCount() );
-		const bool bGood = ConvertRecording( *recording.m_pFile, m_Options, m_Report, OutputBytes(),
-			[&writing]( int nFrames ) { writing.Show( nFrames ); } );
-		return bGood ? recording.Status() : RefuseOutput();
+		BeginWriting( recording.FrameCount() );
+		ImportProblem problem;
+		m_Options.m_nMostEntries = MostEntriesOf( recording.m_nSize );
+		if ( ConvertRecording( *recording.m_pFile, m_Options, m_Report, OutputBytes(), problem,
+				 [this]( int nFrames ) { m_Writing->Show( nFrames ); } ) )
+			return recording.Status();
+		return problem.m_Text.empty() ? RefuseOutput() : Refuse( m_Arguments.m_Input, {}, problem.m_Text );
 	}
 
 	const ConvertArguments &m_Arguments;
 	CommandContext &m_Context;
+	std::optional<CProgress> m_Reading;
+	std::optional<CProgress> m_Writing;
 	CInputStream m_Input;
 	COutputFile m_Output;
 	CReport m_Report;

@@ -68,6 +68,7 @@ bool CFrameCutter::SelectThreads()
 		if ( !state.m_bSelected || thread.m_nScopes == 0 )
 			continue;
 		m_nSelected++;
+		m_nScopes += thread.m_nScopes;
 		processes.insert( thread.m_Process );
 		nSampledThreads += thread.m_nSamples == thread.m_nScopes;
 		m_nFirstTime = std::min( m_nFirstTime, thread.m_nFirstTime );

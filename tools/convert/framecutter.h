@@ -44,6 +44,7 @@ public:
 
 	bool Run( const Progress &progress = {} ); // once; false: Problem() says why, or the sink could not write
 	const std::string &Problem() const { return m_Problem; }
+	uint64_t ScopeCount() const { return m_nScopes; } // of the chosen threads, samples too
 
 private:
 	struct ThreadState
@@ -85,6 +86,7 @@ private:
 	std::vector<int32_t> m_StackNodes;
 
 	size_t m_nSelected = 0; // threads with scopes
+	uint64_t m_nScopes = 0;
 	bool m_bSeveralProcesses = false;
 	bool m_bSampled = false; // there are samples only
 	int64_t m_nFirstTime = INT64_MAX;

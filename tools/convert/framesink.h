@@ -21,6 +21,10 @@ public:
 	// Times by node id, one per node of the tree; the root's time is the frame's. False, here and below: the output
 	// could not be written.
 	virtual bool AddFrame( const CCallTree &tree, std::span<const NodeTimes> times ) = 0;
+
+	// A frame without times, not even its own. Costs nothing for each node, as its input did not.
+	virtual bool AddFrameWithoutTimes( const CCallTree &tree ) = 0;
+
 	virtual bool Finish() = 0;
 };
 

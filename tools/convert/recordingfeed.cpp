@@ -67,6 +67,27 @@ void CRecordingFeed::CountLosses() const
 		Note::NodeValuesLost, static_cast<uint64_t>( std::count_if( m_Found.begin(), m_Found.end(), hasValue ) ) );
 }
 
+// As Run goes through the frames, but by the number of nodes alone.
+uint64_t CRecordingFeed::EntryCount() const
+{
+	std::vector<int32_t> needed;
+	for ( const Found &found : m_Found )
+		needed.push_back( found.m_nNeededCount );
+	std::sort( needed.begin(), needed.end() );
+	uint64_t nEntries = 0;
+	size_t nNodes = 0;
+	for ( int nFrame = 0; nFrame < m_File.GetFrameCount(); nFrame++ )
+	{
+		const int32_t nCount = m_File.GetFrame( nFrame )->GetCount();
+		if ( nFrame + 1 == m_File.GetFrameCount() )
+			nNodes = needed.size();
+		while ( nNodes < needed.size() && needed[nNodes] <= nCount )
+			nNodes++;
+		nEntries += nCount > 0 ? nNodes : 0;
+	}
+	return nEntries;
+}
+
 // A node comes into the tree with the first frame that knows it, so that a recording that is made of this one has the
 // same lists.
 void CRecordingFeed::AddNodes( int32_t nCount )
@@ -91,19 +112,25 @@ bool CRecordingFeed::Run( IFrameSink &sink, const std::function<void( int nFrame
 		const bool bLast = nFrame + 1 == m_File.GetFrameCount();
 		if ( const int32_t nNeeded = bLast ? wire::RECORDING_MAX_NODES : frame.GetCount(); nNeeded > nCount )
 			AddNodes( nCount = nNeeded );
-		m_Times.assign( static_cast<size_t>( m_Tree.Count() ), {} );
-		for ( const Found &found : m_Found )
-		{
-			if ( found.m_nTreeNode == CCallTree::NONE )
-				continue;
-			const CKestoFile::CTickTimings::Entry entry = frame.PeekEntry( found.m_nNode );
-			m_Times[static_cast<size_t>( found.m_nTreeNode )] = {
-				entry.m_nCalls, int64_t{ static_cast<int32_t>( entry.m_nTime ) } * 1000 };
-		}
-		if ( !sink.AddFrame( m_Tree, m_Times ) )
+		if ( !( frame.GetCount() == 0 ? sink.AddFrameWithoutTimes( m_Tree ) : AddFrame( sink, frame ) ) )
 			return false;
-		progress( nFrame + 1 );
+		if ( progress )
+			progress( nFrame + 1 );
 	}
 	return true;
+}
+
+bool CRecordingFeed::AddFrame( IFrameSink &sink, const CKestoFile::CTickTimings &frame )
+{
+	m_Times.assign( static_cast<size_t>( m_Tree.Count() ), {} );
+	for ( const Found &found : m_Found )
+	{
+		if ( found.m_nTreeNode == CCallTree::NONE )
+			continue;
+		const CKestoFile::CTickTimings::Entry entry = frame.PeekEntry( found.m_nNode );
+		m_Times[static_cast<size_t>( found.m_nTreeNode )] = {
+			entry.m_nCalls, int64_t{ static_cast<int32_t>( entry.m_nTime ) } * 1000 };
+	}
+	return sink.AddFrame( m_Tree, m_Times );
 }
 } // namespace convert

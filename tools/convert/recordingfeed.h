@@ -22,6 +22,11 @@ public:
 	NodeRecord Record( const CCallTree::Node &node ) const; // for a recording that is made of this one
 	void CountLosses() const;                               // of every target that is no recording
 
+	// How many times of nodes the sink will be given. In a whole recording that is as many as the file holds. Damage
+	// can leave nodes in the tree that most frames know nothing of, and then it is frames times nodes, which no longer
+	// has anything to do with the size of the file.
+	uint64_t EntryCount() const;
+
 	// The progress is told how many frames are done. False: the sink could not write. The sink's Finish is the
 	// caller's.
 	bool Run( IFrameSink &sink, const std::function<void( int nFrames )> &progress );
@@ -38,6 +43,7 @@ private:
 	int32_t NodeOf( const CCallTree::Node &node ) const; // of the file
 	void FindNodes();
 	void AddNodes( int32_t nCount );
+	bool AddFrame( IFrameSink &sink, const CKestoFile::CTickTimings &frame );
 
 	const CKestoFile &m_File;
 	CReport &m_Report;

@@ -24,19 +24,36 @@ void CRecordingSink::AddString( std::string_view latin1, uint32_t nValue )
 
 bool CRecordingSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> times )
 {
-	WriteHeader( tree );
-	m_Writer.BeginFrame();
-	DefineNodes( tree );
-	for ( const TableString &string : m_Strings )
-		m_Writer.String( string.m_Text, string.m_nValue );
-	m_Strings.clear();
+	BeginFrame( tree );
 	m_Writer.BeginTimings();
 	for ( const int32_t nNode : m_Order )
 	{
 		WriteEntry( times[static_cast<size_t>( nNode )] );
 		FlushWhenLong();
 	}
+	return EndFrame();
+}
+
+bool CRecordingSink::AddFrameWithoutTimes( const CCallTree &tree )
+{
+	BeginFrame( tree );
+	return EndFrame();
+}
+
+void CRecordingSink::BeginFrame( const CCallTree &tree )
+{
+	WriteHeader( tree );
+	m_Writer.BeginFrame();
+	DefineNodes( tree );
+	for ( const TableString &string : m_Strings )
+		m_Writer.String( string.m_Text, string.m_nValue );
+	m_Strings.clear();
+}
+
+bool CRecordingSink::EndFrame()
+{
 	m_Writer.EndFrame();
+	FlushWhenLong();
 	return m_bGood;
 }
 

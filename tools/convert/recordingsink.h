@@ -28,6 +28,7 @@ public:
 
 	void AddString( std::string_view latin1, uint32_t nValue ); // goes into the next frame
 	bool AddFrame( const CCallTree &tree, std::span<const NodeTimes> times ) override;
+	bool AddFrameWithoutTimes( const CCallTree &tree ) override;
 	bool Finish() override;
 
 	static constexpr int64_t MAX_MICROSECONDS = INT32_MAX; // readers compare times as signed numbers
@@ -47,6 +48,8 @@ private:
 	Link &LinkOf( int32_t nNode ) { return m_Links[static_cast<size_t>( nNode )]; }
 	NodeRecord RecordOf( const CCallTree &tree, int32_t nNode ) const;
 	void WriteHeader( const CCallTree &tree );
+	void BeginFrame( const CCallTree &tree );
+	bool EndFrame();
 	void DefineNodes( const CCallTree &tree );
 	void DefineNode( const CCallTree &tree, int32_t nNode );
 	void CollectOrder( const CCallTree &tree );

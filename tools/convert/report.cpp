@@ -49,6 +49,8 @@ static constexpr Texts NOTES[] = {
 	{ "node that the root does not reach was left out", "nodes that the root does not reach were left out" },
 	{ "node deeper than 4096 levels was added to what is around it",
 		"nodes deeper than 4096 levels were added to what is around them" },
+	{ "scope went into its frame's time for its node: it is not shown when it ran",
+		"scopes were added up by frame and node: it is not shown when each of them ran" },
 };
 static_assert( std::size( NOTES ) == static_cast<size_t>( Note::Count ) );
 

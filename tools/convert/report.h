@@ -44,6 +44,7 @@ enum class Note
 	TimeRounded,
 	UnreachableNode,
 	DeepStack,
+	AddedUp, // scopes of an input, for a target that could show each of them
 	Count
 };
 

@@ -26,7 +26,7 @@ bool CFoldedSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> ti
 {
 	m_pTree = &tree;
 	m_nFrames++;
-	m_Times.resize( times.size() );
+	m_Times.resize( std::max( m_Times.size(), times.size() ) );
 	for ( size_t i = 0; i < times.size(); i++ )
 	{
 		m_Times[i] = AddSaturated( m_Times[i], times[i].m_nTime );
@@ -36,12 +36,18 @@ bool CFoldedSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> ti
 	return true;
 }
 
+bool CFoldedSink::AddFrameWithoutTimes( const CCallTree &tree )
+{
+	return AddFrame( tree, {} );
+}
+
 bool CFoldedSink::Finish()
 {
 	if ( m_nFrames > 1 )
 		m_Report.Add( Note::FramesMerged, m_nFrames );
 	if ( !m_pTree )
 		return m_Output.Flush();
+	m_Times.resize( static_cast<size_t>( m_pTree->Count() ) );
 	KeepOwnTimes();
 	std::vector<size_t> lengths; // of the text of the stack around each open node
 	std::string stack;
@@ -157,17 +163,30 @@ bool CCsvSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> times
 	{
 		if ( i > 0 && times[i].m_nCalls == 0 && times[i].m_nTime == 0 )
 			continue;
-		const NodeText &text = m_Nodes[i];
-		const std::string parent = i == 0 ? "" : std::to_string( tree.Get( static_cast<int32_t>( i ) ).m_nParent );
-		for ( const std::string &field :
-			{ std::to_string( m_nFrame ), std::to_string( i ), parent, std::to_string( text.m_nDepth ), text.m_Name,
-				std::to_string( times[i].m_nCalls ), FormatMicroseconds( times[i].m_nTime ) } )
-			m_Output.m_Text.append( field ).append( "," );
-		m_Output.m_Text.append( FormatMicroseconds( m_Exclusive[i] ) ).append( "\n" );
+		WriteLine( tree, static_cast<int32_t>( i ), times[i], m_Exclusive[i] );
 		if ( !m_Output.FlushWhenLong() )
 			return false;
 	}
 	m_nFrame++;
 	return true;
+}
+
+bool CCsvSink::AddFrameWithoutTimes( const CCallTree &tree )
+{
+	AddNodes( tree );
+	WriteLine( tree, CCallTree::ROOT, {}, 0 );
+	m_nFrame++;
+	return m_Output.FlushWhenLong();
+}
+
+void CCsvSink::WriteLine( const CCallTree &tree, int32_t nNode, const NodeTimes &times, int64_t nExclusive )
+{
+	const NodeText &text = m_Nodes[static_cast<size_t>( nNode )];
+	const std::string parent = nNode == CCallTree::ROOT ? "" : std::to_string( tree.Get( nNode ).m_nParent );
+	for ( const std::string &field :
+		{ std::to_string( m_nFrame ), std::to_string( nNode ), parent, std::to_string( text.m_nDepth ), text.m_Name,
+			std::to_string( times.m_nCalls ), FormatMicroseconds( times.m_nTime ) } )
+		m_Output.m_Text.append( field ).append( "," );
+	m_Output.m_Text.append( FormatMicroseconds( nExclusive ) ).append( "\n" );
 }
 } // namespace convert

@@ -16,6 +16,7 @@ public:
 	CFoldedSink( INodeTexts &texts, CReport &report, ByteOutput output );
 
 	bool AddFrame( const CCallTree &tree, std::span<const NodeTimes> times ) override;
+	bool AddFrameWithoutTimes( const CCallTree &tree ) override;
 	bool Finish() override;
 
 	static constexpr size_t MAX_DEPTH = 4096; // every line holds a whole stack
@@ -40,10 +41,12 @@ public:
 	CCsvSink( INodeTexts &texts, ByteOutput output );
 
 	bool AddFrame( const CCallTree &tree, std::span<const NodeTimes> times ) override;
+	bool AddFrameWithoutTimes( const CCallTree &tree ) override;
 	bool Finish() override { return m_Output.Flush(); }
 
 private:
 	void AddNodes( const CCallTree &tree );
+	void WriteLine( const CCallTree &tree, int32_t nNode, const NodeTimes &times, int64_t nExclusive );
 
 	struct NodeText
 	{

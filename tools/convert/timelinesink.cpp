@@ -85,4 +85,11 @@ bool CTimelineSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> 
 	m_nTime += m_Extents[0].m_nWidth;
 	return true;
 }
+
+bool CTimelineSink::AddFrameWithoutTimes( const CCallTree &tree )
+{
+	BeginScope( tree, CCallTree::ROOT, m_nTime, 0 );
+	EndScope( CCallTree::ROOT, m_nTime );
+	return Flush();
+}
 } // namespace convert

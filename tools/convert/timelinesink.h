@@ -18,6 +18,7 @@ public:
 	{
 	}
 	bool AddFrame( const CCallTree &tree, std::span<const NodeTimes> times ) final;
+	bool AddFrameWithoutTimes( const CCallTree &tree ) final;
 
 	static constexpr const char *FRAME_NAME = "Frame"; // of the outermost scope
 
