@@ -1,13 +1,18 @@
 // What holds of a conversion to a recording whatever its input is.
 #pragma once
 
+#include <limits.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "fuzz/memoryfile.h"
 #include "fuzz/memorylimit.h"
+#include "fuzz/printedtext.h"
 #include "fuzz/require.h"
 #include "recordings/kestomemoryreader.h"
 #include "tests/recordings/recordingoracle.h"
@@ -39,6 +44,10 @@ struct Parsed
 	CRefPtr<CKestoFile> m_pFile;
 };
 
+// Values of the first byte, modulo 32, that ask for more than a conversion.
+constexpr int BAD_FILES = 20;
+constexpr int ONE_THREAD = 28; // and every target
+
 // What the first byte of an input chooses.
 inline convert::ConversionOptions ChooseOptions( unsigned char nChoice, convert::Format from )
 {
@@ -51,6 +60,10 @@ inline convert::ConversionOptions ChooseOptions( unsigned char nChoice, convert:
 	options.m_nRunEvents = nChoice % 8 < 4 ? 4 : CEventSpool::RUN_EVENTS;
 	if ( nChoice % 16 == 3 )
 		options.m_Import.m_flSampleTime = 250.5;
+	if ( nChoice % 32 == ONE_THREAD )
+		options.m_Cut.m_Threads = options.m_Cut.m_Processes = { "1" };
+	options.m_Progress = []( uint64_t nDone, uint64_t nTotal )
+	{ Require( nDone < nTotal, "there is something left to do when progress is told" ); };
 	return options;
 }
 
@@ -129,6 +142,74 @@ inline void CheckThereAndBack( const CKestoFile &file )
 			"frames are as long as before" );
 }
 
+// What begins with a mark of its encoding is known all the same.
+inline void CheckDetection( std::string_view input )
+{
+	const std::optional<convert::Format> format = convert::FormatOfContent( input );
+	Require( !format || convert::CanRead( *format ), "what is known can be read" );
+	if ( format == convert::Format::Kesto || input.starts_with( "\xEF\xBB\xBF" ) )
+		return;
+	const std::string marked = "\xEF\xBB\xBF" + std::string( input );
+	Require( convert::FormatOfContent( marked ) == format, "a byte order mark changes nothing" );
+}
+
+// A file whose bytes cannot be had, and one that can be read only once.
+inline void CheckBadFiles( std::string_view input, const convert::ConversionOptions &options, bool bDone )
+{
+	std::string ignored;
+	convert::CReport report;
+	convert::ImportProblem problem;
+	convert::CInputStream unreadable;
+	Require( unreadable.Open( "/proc/self/mem" ), "the file can be opened" ); // nothing lies at address 0
+	Require( !ConvertTrace( unreadable, options, report, Into( ignored ), problem ), "what cannot be read is refused" );
+	Require( !unreadable.Problem().empty() && !problem.m_Text.empty(), "with a reason" );
+	convert::CInputStream folder;
+	Require( !folder.Open( "/" ) && !folder.Problem().empty(), "a folder is no file" );
+	convert::CInputStream nothing;
+	Require( !nothing.Open( "/no/such/file" ) && !nothing.Problem().empty(), "neither is what is not there" );
+
+	int pipeEnds[2];
+	Require( pipe( pipeEnds ) == 0, "there are pipes" );
+	const ssize_t nWritten = write( pipeEnds[1], input.data(), input.size() ); // as much as an input has, it holds
+	Require( nWritten == static_cast<ssize_t>( input.size() ), "the pipe takes the input" );
+	close( pipeEnds[1] );
+	convert::CInputStream once;
+	Require( once.Open( "/dev/fd/" + std::to_string( pipeEnds[0] ) ), "a pipe can be opened" );
+	close( pipeEnds[0] );
+	problem = {};
+	const bool bDoneOnce = ConvertTrace( once, options, report, Into( ignored ), problem );
+	if ( options.m_From == convert::Format::Speedscope )
+		Require( !bDoneOnce, "what has to be read twice is refused" );
+	else
+		Require( bDoneOnce == bDone, "a pipe is as good as a file" );
+	Require( bDoneOnce || !problem.m_Text.empty() || ignored.size() >= MOST, "or there is a reason" );
+}
+
+// What every other target is written as can be read again.
+inline void CheckTargets( std::string_view input, convert::ConversionOptions options )
+{
+	for ( const convert::Format to :
+		{ convert::Format::Chrome, convert::Format::Speedscope, convert::Format::Csv, convert::Format::Folded } )
+	{
+		std::string text;
+		convert::CReport report;
+		convert::ImportProblem problem;
+		convert::CInputStream stream;
+		stream.OpenMemory( input );
+		options.m_To = to;
+		if ( !ConvertTrace( stream, options, report, Into( text ), problem ) )
+			continue;
+		if ( to == convert::Format::Chrome )
+			Require( ReadJson( text )["traceEvents"].IsArray(), "a Chrome trace has events" );
+		else if ( to == convert::Format::Speedscope )
+			Require( ReadJson( text )["profiles"].IsArray(), "a speedscope file has profiles" );
+		else if ( to == convert::Format::Csv )
+			ReadTable( text );
+		else
+			Require( text.empty() || text.back() == '\n', "folded stacks are lines" );
+	}
+}
+
 // Converts the bytes behind the first one. What comes out is a whole recording that two readers agree on, that is the
 // same when it is converted again or when the input is read in other pieces, and whose frames come back from a Chrome
 // trace unless one of them had to be widened.
@@ -136,8 +217,10 @@ inline void CheckConversion( std::string_view input, convert::Format from )
 {
 	if ( input.empty() )
 		return;
-	const convert::ConversionOptions options = ChooseOptions( static_cast<unsigned char>( input[0] ), from );
+	const int nChoice = static_cast<unsigned char>( input[0] );
+	const convert::ConversionOptions options = ChooseOptions( static_cast<unsigned char>( nChoice ), from );
 	input.remove_prefix( 1 );
+	CheckDetection( input );
 	static std::string recording; // keeps its place, so that only the conversion's own memory counts below
 	recording.clear();
 	recording.reserve( 2 * MOST );
@@ -151,6 +234,10 @@ inline void CheckConversion( std::string_view input, convert::Format from )
 		bDone = ConvertTrace( stream, options, report, Into( recording ), problem );
 	}
 	CheckInPieces( input, options, bDone, report, recording );
+	if ( nChoice % 32 == BAD_FILES && input.size() <= PIPE_BUF )
+		CheckBadFiles( input, options, bDone );
+	if ( nChoice % 32 == ONE_THREAD )
+		CheckTargets( input, options );
 	if ( !bDone )
 	{
 		Require( !problem.m_Text.empty() || recording.size() >= MOST, "what is refused has a reason" );

@@ -117,6 +117,8 @@ void CheckComparison( const Model &model, const char *pPath )
 	Require( check.m_Status == ( bFrames ? model.Status() : ExitStatus::Unusable ), "no frame is longer than can be" );
 	const Run broken = Call( { "check", pPath, "--budget", "no such node<=1" } );
 	Require( broken.m_Status == ExitStatus::Unusable, "a limit that checks nothing is an error" );
+	const Run half = Call( { "compare", pPath, "/no/such/file" } );
+	Require( half.m_Status == ExitStatus::Unusable && half.m_Output.empty(), "half of two recordings is none" );
 }
 
 // Of the output of a command that writes a recording.

@@ -224,7 +224,8 @@ std::string WriteProfile( const CTestFolder &folder, bool bStacksFirst, int nSam
 	return path;
 }
 
-// Six bytes of the file are a sample. What is kept of it in memory does not grow beyond a million.
+// From a million samples on all of them lie on disk; only what is reserved goes a little by the size of the file. A list
+// in memory would take 8 MiB more at least.
 TEST_F( Memory, OfASampledProfileDoesNotGrowWithItsSamples )
 {
 	for ( const bool bStacksFirst : { false, true } )
@@ -235,7 +236,7 @@ TEST_F( Memory, OfASampledProfileDoesNotGrowWithItsSamples )
 			return PeakOf( [&] { RunCommand( { "convert", path.c_str(), "-", "--to", "csv" } ); } );
 		};
 		const int64_t nPeak = peakOf( 1'500'000 );
-		EXPECT_LT( std::abs( peakOf( 3'000'000 ) - nPeak ), 1 << 20 ) << "from " << nPeak;
+		EXPECT_LT( std::abs( peakOf( 3'000'000 ) - nPeak ), 4 << 20 ) << "from " << nPeak;
 	}
 }
 
