@@ -224,8 +224,8 @@ std::string WriteProfile( const CTestFolder &folder, bool bStacksFirst, int nSam
 	return path;
 }
 
-// From a million samples on all of them lie on disk; only what is reserved goes a little by the size of the file. A list
-// in memory would take 8 MiB more at least.
+// From a million samples on all of them lie on disk; only what is reserved goes a little by the size of the file. A
+// list in memory would take 8 MiB more at least.
 TEST_F( Memory, OfASampledProfileDoesNotGrowWithItsSamples )
 {
 	for ( const bool bStacksFirst : { false, true } )
