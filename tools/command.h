@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <iosfwd>
+#include <string_view>
 
 namespace CLI
 {
@@ -24,6 +25,13 @@ struct CommandContext
 	std::ostream &m_Errors;                 // standard error: one line per problem, see errorline.h
 	std::ostream *m_pProgress;              // the terminal on which progress is shown; null where nobody watches
 	ExitStatus m_Status = ExitStatus::Fine; // of the command that ran
+	bool m_bOutputIsShown = false;          // standard output goes to a terminal, too
+
+	// Where the progress of writing to that file is shown: what goes to a terminal itself is progress enough.
+	std::ostream *WritingProgress( std::string_view path ) const
+	{
+		return path == "-" && m_bOutputIsShown ? nullptr : m_pProgress;
+	}
 };
 
 // Adds a command. `run` is called once after its arguments were read; pExample is shown below the options of --help,

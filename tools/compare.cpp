@@ -8,6 +8,7 @@
 #include "tools/errorline.h"
 #include "tools/jsonwriter.h"
 #include "tools/loadedrecording.h"
+#include "tools/progress.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
 
@@ -131,6 +132,15 @@ void PrintText(
 	table.Print( output );
 }
 
+std::vector<ComparedNode> CompareWithProgress(
+	CommandContext &context, const LoadedRecording &a, const LoadedRecording &b )
+{
+	constexpr int64_t STEPS = 1000;
+	CProgress progress( context.m_pProgress, "Comparing with " + b.m_Path, STEPS );
+	return CompareRecordings( *a.m_pFile, *b.m_pFile,
+		[&progress]( double flDone ) { progress.Show( static_cast<int64_t>( flDone * STEPS ) ); } );
+}
+
 ExitStatus Compare( CommandContext &context, const CompareOptions &options )
 {
 	const MinChange minChange = ReadMinChange( options.m_MinChange ).value_or( MinChange() );
@@ -145,7 +155,7 @@ ExitStatus Compare( CommandContext &context, const CompareOptions &options )
 		context.m_Errors << FormatErrorLine( pRecording->m_Path, {}, "there are no frames to compare" ) << '\n';
 		return ExitStatus::Unusable;
 	}
-	std::vector<ComparedNode> nodes = CompareRecordings( *a.m_pFile, *b.m_pFile );
+	std::vector<ComparedNode> nodes = CompareWithProgress( context, a, b );
 	std::erase_if( nodes, [&]( const ComparedNode &node ) { return !minChange.Passes( node ); } );
 	if ( options.m_bJson )
 		context.m_Output << MakeJson( a, b, nodes );

@@ -108,12 +108,14 @@ std::optional<double> WelchProbability( const Moments &a, const Moments &b )
 
 // Fills the figures of one side; the moments are kept by path for the test.
 void AddFigures( const CKestoFile &file, const Side &side, std::vector<ComparedNode> &nodes,
-	std::optional<NodeFigures> ComparedNode::*pFigures, std::vector<Moments> &moments )
+	std::optional<NodeFigures> ComparedNode::*pFigures, std::vector<Moments> &moments,
+	const std::function<void( double )> &progress )
 {
 	moments.resize( nodes.size() );
 	VisitGroupTimes( file, side.m_Groups,
 		[&]( int32_t nPath, const CDistribution &times )
 		{
+			progress( static_cast<double>( nPath ) / static_cast<double>( nodes.size() ) );
 			if ( !side.Has( nPath ) )
 				return;
 			const auto nIndex = static_cast<size_t>( nPath );
@@ -140,7 +142,8 @@ std::optional<double> ComparedNode::ChangePercent() const
 	return 100.0 * Change() / std::fabs( m_A->m_flMean );
 }
 
-std::vector<ComparedNode> CompareRecordings( const CKestoFile &a, const CKestoFile &b )
+std::vector<ComparedNode> CompareRecordings(
+	const CKestoFile &a, const CKestoFile &b, const std::function<void( double flDone )> &progress )
 {
 	const CNodeTree treeA( a );
 	const CNodeTree treeB( b );
@@ -153,8 +156,16 @@ std::vector<ComparedNode> CompareRecordings( const CKestoFile &a, const CKestoFi
 	std::vector<ComparedNode> nodes( static_cast<size_t>( paths.Count() ) );
 	std::vector<Moments> momentsA;
 	std::vector<Moments> momentsB;
-	AddFigures( a, sideA, nodes, &ComparedNode::m_A, momentsA );
-	AddFigures( b, sideB, nodes, &ComparedNode::m_B, momentsB );
+	const auto halfOf = [&progress]( double flFirst )
+	{
+		return [&progress, flFirst]( double flDone )
+		{
+			if ( progress )
+				progress( flFirst + flDone / 2.0 );
+		};
+	};
+	AddFigures( a, sideA, nodes, &ComparedNode::m_A, momentsA, halfOf( 0.0 ) );
+	AddFigures( b, sideB, nodes, &ComparedNode::m_B, momentsB, halfOf( 0.5 ) );
 	for ( size_t i = 0; i < nodes.size(); i++ )
 	{
 		const bool bInA = sideA.m_Rows[i] >= 0;

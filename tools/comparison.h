@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -33,4 +34,6 @@ struct ComparedNode
 
 // Nodes of the same path are one; several of them in one recording are added up. The largest change comes first, up or
 // down; equal ones come in the order of A's tree, then B's.
-std::vector<ComparedNode> CompareRecordings( const CKestoFile &a, const CKestoFile &b );
+// The progress is told which part of the work, from 0 to 1, is done.
+std::vector<ComparedNode> CompareRecordings(
+	const CKestoFile &a, const CKestoFile &b, const std::function<void( double flDone )> &progress = {} );

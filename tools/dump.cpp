@@ -148,9 +148,8 @@ ExitStatus Dump( CommandContext &context, const DumpOptions &options )
 	if ( !recording.m_pFile )
 		return ExitStatus::Unusable;
 	COutputFile output( context.m_Output );
-	// What goes to the terminal itself is progress enough.
-	CProgress progress( options.m_Output == "-" ? nullptr : context.m_pProgress, "Writing " + options.m_Output,
-		recording.FrameCount() );
+	CProgress progress(
+		context.WritingProgress( options.m_Output ), "Writing " + options.m_Output, recording.FrameCount() );
 	if ( output.Open( options.m_Output ) && CDump( recording, output, progress ).Write() && output.Commit() )
 		return recording.Status();
 	context.m_Errors << output.Problem() << '\n';

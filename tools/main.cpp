@@ -10,5 +10,6 @@ int main( int nArguments, char **ppArguments )
 	std::ios::sync_with_stdio( false );
 	RemoveTemporaryFileOnSignals();
 	CommandContext context{ std::cout, std::cerr, isatty( STDERR_FILENO ) ? &std::cerr : nullptr };
+	context.m_bOutputIsShown = isatty( STDOUT_FILENO );
 	return static_cast<int>( RunKesto( nArguments, ppArguments, context ) );
 }

@@ -6,6 +6,7 @@
 #include "tools/csvwriter.h"
 #include "tools/loadedrecording.h"
 #include "tools/nodefigures.h"
+#include "tools/progress.h"
 #include "tools/text.h"
 
 namespace
@@ -21,11 +22,12 @@ struct NodesOptions
 class CNodeSheet
 {
 public:
-	CNodeSheet( const CKestoFile &file, COutputFile &output )
+	CNodeSheet( const CKestoFile &file, COutputFile &output, std::ostream *pTerminal, const std::string &label )
 		: m_File( file )
 		, m_Tree( file )
 		, m_Totals( SumNodes( file, m_Tree ) )
 		, m_Csv( output )
+		, m_Progress( pTerminal, label, static_cast<int64_t>( m_Tree.Rows().size() ) )
 	{
 	}
 
@@ -42,7 +44,10 @@ public:
 		bool bGood = true;
 		VisitGroupTimes( m_File, groups,
 			[&]( int32_t nRow, const CDistribution &times )
-			{ bGood = bGood && WriteRow( m_Tree.Rows()[static_cast<size_t>( nRow )], times ); } );
+			{
+				bGood = bGood && WriteRow( m_Tree.Rows()[static_cast<size_t>( nRow )], times );
+				m_Progress.Show( nRow );
+			} );
 		return bGood;
 	}
 
@@ -78,6 +83,7 @@ private:
 	const CNodeTree m_Tree;
 	const CPagedList<NodeTotals> m_Totals;
 	CCsvWriter m_Csv;
+	CProgress m_Progress;
 };
 
 ExitStatus Nodes( CommandContext &context, const NodesOptions &options )
@@ -86,7 +92,9 @@ ExitStatus Nodes( CommandContext &context, const NodesOptions &options )
 	if ( recording.Status() == ExitStatus::Unusable )
 		return ExitStatus::Unusable;
 	COutputFile output( context.m_Output );
-	if ( output.Open( options.m_Output ) && CNodeSheet( *recording.m_pFile, output ).Write() && output.Commit() )
+	std::ostream *pTerminal = context.WritingProgress( options.m_Output );
+	if ( output.Open( options.m_Output ) &&
+		 CNodeSheet( *recording.m_pFile, output, pTerminal, "Writing " + options.m_Output ).Write() && output.Commit() )
 		return recording.Status();
 	context.m_Errors << output.Problem() << '\n';
 	return ExitStatus::Unusable;

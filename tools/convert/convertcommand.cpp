@@ -154,11 +154,10 @@ private:
 			} );
 	}
 
-	// What goes to the terminal itself is progress enough.
 	void BeginWriting( int64_t nTotal )
 	{
-		std::ostream *pTerminal = m_Arguments.m_Output == "-" ? nullptr : m_Context.m_pProgress;
-		m_Writing.emplace( pTerminal, "Writing " + m_Arguments.m_Output, nTotal );
+		m_Writing.emplace(
+			m_Context.WritingProgress( m_Arguments.m_Output ), "Writing " + m_Arguments.m_Output, nTotal );
 	}
 
 	ByteOutput OutputBytes()
