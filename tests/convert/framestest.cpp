@@ -174,6 +174,20 @@ TEST( Frames, EveryStretchOfEmptyFramesKeepsAsMany )
 	EXPECT_EQ( countOf( 1001 ), ( std::pair<size_t, uint64_t>( 3 + 2 * 1000, 2 ) ) );
 }
 
+TEST( Frames, EmptyFramesOfAThreadAreTheSameWhateverRunsOnOthers )
+{
+	std::vector<std::string> events = { CompleteEvent( "a", 0, 40 ), CompleteEvent( "b", 400000, 20 ) };
+	for ( int i = 0; i < 500; i++ )
+		events.push_back( CompleteEvent( "other", i * 800, 40, 2 ) );
+	events.push_back( R"({"name":"instant","ph":"i","ts":200000,"pid":1,"tid":1})" );
+	events.push_back( EndEvent( 300000 ) ); // of nothing
+	ConversionOptions options = ByPeriod( 80 );
+	options.m_Cut.m_Threads = { "1" };
+	const Conversion conversion = ConvertText( Trace( events ), options );
+	EXPECT_EQ( FramesOf( conversion.m_Bytes ).size(), 1002u );
+	EXPECT_EQ( conversion.m_Report.Get( Note::EmptyFrames ), 3999u );
+}
+
 TEST( Frames, AFrameInWhichAScopeIsOpenIsNotEmpty )
 {
 	const Conversion conversion = ConvertText(

@@ -201,6 +201,7 @@ bool CFrameCutter::HandleScope( ThreadState &state, const TraceEvent &event )
 
 void CFrameCutter::SetBase( ThreadState &state, uint32_t nThread )
 {
+	m_bUsed = true;
 	if ( !state.m_bActive )
 		m_Active.push_back( nThread );
 	state.m_bActive = true;
@@ -275,32 +276,27 @@ bool CFrameCutter::CutPeriods( int64_t nTime )
 {
 	while ( m_nNextCut <= nTime && m_nNextCut < m_nLastTime )
 	{
+		m_nEmptyFrames = m_bUsed ? 0 : m_nEmptyFrames + 1;
+		if ( m_nEmptyFrames > MAX_EMPTY_FRAMES )
+		{
+			LeaveOutEmptyFrames( nTime );
+			return true;
+		}
 		if ( !Cut( m_nNextCut ) )
 			return false;
 		m_nNextCut += m_Options.m_nPeriod;
-		if ( m_Active.empty() ) // and nothing begins before that time
-			return CutEmptyPeriods( nTime );
 	}
 	return true;
 }
 
-bool CFrameCutter::CutEmptyPeriods( int64_t nTime )
+// Nothing begins before that time, and nothing is open.
+void CFrameCutter::LeaveOutEmptyFrames( int64_t nTime )
 {
 	const int64_t nLast = std::min( nTime, m_nLastTime - 1 );
-	const int64_t nFrames = nLast < m_nNextCut ? 0 : ( nLast - m_nNextCut ) / m_Options.m_nPeriod + 1;
-	for ( int64_t i = 0; i < std::min( nFrames, MAX_EMPTY_FRAMES ); i++ )
-	{
-		if ( !Cut( m_nNextCut ) )
-			return false;
-		m_nNextCut += m_Options.m_nPeriod;
-	}
-	if ( nFrames <= MAX_EMPTY_FRAMES )
-		return true;
-	const int64_t nLeftOut = nFrames - MAX_EMPTY_FRAMES;
-	m_Trace.m_Report.Add( Note::EmptyFrames, static_cast<uint64_t>( nLeftOut ) );
-	m_nNextCut += nLeftOut * m_Options.m_nPeriod;
-	m_Frame.m_nStart = m_nNextCut - m_Options.m_nPeriod;
-	return true;
+	const int64_t nFrames = ( nLast - m_nNextCut ) / m_Options.m_nPeriod + 1;
+	m_Trace.m_Report.Add( Note::EmptyFrames, static_cast<uint64_t>( nFrames ) );
+	m_Frame.m_nStart += nFrames * m_Options.m_nPeriod;
+	m_nNextCut += nFrames * m_Options.m_nPeriod;
 }
 
 bool CFrameCutter::Cut( int64_t nTime )
@@ -315,6 +311,7 @@ bool CFrameCutter::Cut( int64_t nTime )
 			m_Active[nStillActive++] = nThread;
 	}
 	m_Active.resize( nStillActive );
+	m_bUsed = nStillActive > 0;
 	return EmitFrame( nTime );
 }
 

@@ -70,7 +70,7 @@ private:
 	void SetBase( ThreadState &state, uint32_t nThread );
 	bool CutAtMarker( const TraceEvent &event );
 	bool CutPeriods( int64_t nTime );
-	bool CutEmptyPeriods( int64_t nTime );
+	void LeaveOutEmptyFrames( int64_t nTime );
 	bool Cut( int64_t nTime );
 	bool EmitFrame( int64_t nEnd );
 	bool FinishFrames();
@@ -100,6 +100,8 @@ private:
 	uint64_t m_nBeforeFrames = 0;         // scopes before that
 	uint32_t m_nFrameCalls = 1;
 	int64_t m_nNextCut = INT64_MAX; // by the period
+	bool m_bUsed = false;           // the frame has a scope or a sample
+	int64_t m_nEmptyFrames = 0;     // in a row, up to the last cut
 	int64_t m_nSampleTime = 0;      // of the frame
 	uint64_t m_nEntries = 0;
 	std::string m_Problem;
