@@ -109,6 +109,8 @@ TEST_F( ConvertCommand, AnInputThatCannotBeUsedGivesStatus2WithOneLineAndLeavesT
 	EXPECT_EQ( m_Errors, "kesto: " + Path( "not there" ) + ": No such file or directory\n" );
 	EXPECT_EQ( Run( { m_Folder, Path( "out.kesto" ) } ), 2 );
 	EXPECT_EQ( m_Errors, "kesto: " + m_Folder + ": Is a directory\n" );
+	EXPECT_EQ( Run( { "/proc/self/mem", Path( "out.kesto" ) } ), 2 ); // nothing lies at address 0
+	EXPECT_EQ( m_Errors, "kesto: /proc/self/mem: offset 0: Input/output error\n" );
 }
 
 TEST_F( ConvertCommand, AWrongCommandLineGivesStatus2 )

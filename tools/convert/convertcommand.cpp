@@ -89,6 +89,8 @@ private:
 		while ( m_Input.More() )
 		{
 		}
+		if ( !m_Input.Problem().empty() )
+			return Refuse( m_Arguments.m_Input, m_Input.Position(), m_Input.Problem() );
 		const std::optional<Format> from =
 			m_Arguments.m_From.empty() ? FormatOfContent( m_Input.Window() ) : FormatOfName( m_Arguments.m_From );
 		if ( !from )
