@@ -199,6 +199,30 @@ TEST( Frames, AFrameInWhichAScopeIsOpenIsNotEmpty )
 	EXPECT_EQ( conversion.m_Report.Get( Note::EmptyFrames ), 0u );
 }
 
+// Three frames, with 2 (the root and "F"), 3 and 3 nodes.
+TEST( Frames, MoreEntriesThanTheyMayMakeAreRefused )
+{
+	const std::string trace = Trace( { CompleteEvent( "F", 0, 40 ), CompleteEvent( "F", 80, 40 ),
+		CompleteEvent( "a", 120, 8 ), CompleteEvent( "F", 160, 40 ) } );
+	ConversionOptions options = ByName( "F" );
+	options.m_Cut.m_nMostEntries = 8;
+	EXPECT_TRUE( ConvertText( trace, options ).m_bDone );
+	options.m_Cut.m_nMostEntries = 7;
+	const Conversion conversion = ConvertText( trace, options );
+	EXPECT_FALSE( conversion.m_bDone );
+	EXPECT_EQ(
+		conversion.m_Problem.m_Text, "this makes more than 7 entries (frames times nodes); longer frames make fewer" );
+}
+
+TEST( Frames, TheEntriesOfALargeTraceAreThoseOfAnyAndOfASmallOneFewer )
+{
+	EXPECT_EQ( convert::MostEntriesOfTrace( -1 ), 4294967296u ) << "a pipe";
+	EXPECT_EQ( convert::MostEntriesOfTrace( 0 ), 268435456u );
+	EXPECT_EQ( convert::MostEntriesOfTrace( 1'000'000 ), 332435456u );
+	EXPECT_EQ( convert::MostEntriesOfTrace( 1'000'000'000 ), 4294967296u );
+	EXPECT_EQ( convert::MostEntriesOfTrace( INT64_MAX ), 4294967296u );
+}
+
 TEST( Frames, SeveralThreadsHaveANodeEach )
 {
 	const std::string trace = Trace( { Named( "thread_name", 1, "Main" ), CompleteEvent( "a", 0, 40, 1 ),

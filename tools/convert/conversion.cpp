@@ -1,5 +1,7 @@
 #include "tools/convert/conversion.h"
 
+#include <algorithm>
+
 #include "tools/convert/chromesink.h"
 #include "tools/convert/recordingfeed.h"
 #include "tools/convert/speedscopesink.h"
@@ -65,7 +67,16 @@ bool ConvertTrace( CInputStream &input, const ConversionOptions &options, CRepor
 	return pSink->Finish();
 }
 
-uint64_t MostEntriesOf( int64_t nFileBytes )
+uint64_t MostEntriesOfTrace( int64_t nFileBytes )
+{
+	constexpr uint64_t PER_BYTE = 64;
+	constexpr uint64_t ALWAYS = 1u << 28;
+	const uint64_t nBytes = static_cast<uint64_t>( std::max<int64_t>( nFileBytes, 0 ) );
+	const bool bAny = nFileBytes < 0 || nBytes > CutOptions::MAX_ENTRIES / PER_BYTE;
+	return bAny ? CutOptions::MAX_ENTRIES : std::min( nBytes * PER_BYTE + ALWAYS, CutOptions::MAX_ENTRIES );
+}
+
+uint64_t MostEntriesOfRecording( int64_t nFileBytes )
 {
 	constexpr uint64_t PER_BYTE = 4; // a file has room for one in 3 bytes
 	constexpr uint64_t ALWAYS = 1u << 24;

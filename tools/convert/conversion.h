@@ -25,7 +25,7 @@ struct ConversionOptions
 	CFrameCutter::Progress m_Progress; // of the second half, when the input is read
 
 	// Entries (frames times nodes) of a recording that are written at most.
-	uint64_t m_nMostEntries = CFrameCutter::MAX_ENTRIES;
+	uint64_t m_nMostEntries = CutOptions::MAX_ENTRIES;
 };
 
 // What one of the events of a trace is named, for sinks.
@@ -50,9 +50,13 @@ std::unique_ptr<IFrameSink> MakeSink( const ConversionOptions &options, INodeTex
 bool ConvertTrace( CInputStream &input, const ConversionOptions &options, CReport &report, const ByteOutput &output,
 	ImportProblem &problem );
 
+// As many entries as a trace of that size (-1 = it is not known) may make: far more than its events make in frames that
+// anybody looks at, but no gigabytes of a small file.
+uint64_t MostEntriesOfTrace( int64_t nFileBytes );
+
 // As many entries as the file of a recording may make: many times those that it has room for, so that only nodes that
 // do not belong to its frames make more.
-uint64_t MostEntriesOf( int64_t nFileBytes );
+uint64_t MostEntriesOfRecording( int64_t nFileBytes );
 
 // The same for a recording.
 bool ConvertRecording( const CKestoFile &file, const ConversionOptions &options, CReport &report,

@@ -126,6 +126,7 @@ private:
 		m_Options.m_Cut.m_nPeriod = static_cast<int64_t>( m_Arguments.m_flPeriod * NANOSECONDS_PER_MILLISECOND );
 		m_Options.m_Cut.m_Threads = m_Arguments.m_Threads;
 		m_Options.m_Cut.m_Processes = m_Arguments.m_Processes;
+		m_Options.m_Cut.m_nMostEntries = MostEntriesOfTrace( m_Input.Size() );
 		if ( m_Arguments.m_flSampleTime > 0 )
 			m_Options.m_Import.m_flSampleTime = m_Arguments.m_flSampleTime;
 		m_Options.m_Title = ToUtf8( std::filesystem::path( m_Arguments.m_Input ).filename().string() );
@@ -213,7 +214,7 @@ private:
 			return ExitStatus::Unusable;
 		BeginWriting( recording.FrameCount() );
 		ImportProblem problem;
-		m_Options.m_nMostEntries = MostEntriesOf( recording.m_nSize );
+		m_Options.m_nMostEntries = MostEntriesOfRecording( recording.m_nSize );
 		if ( ConvertRecording( *recording.m_pFile, m_Options, m_Report, OutputBytes(), problem,
 				 [this]( int nFrames ) { m_Writing->Show( nFrames ); } ) )
 			return recording.Status();

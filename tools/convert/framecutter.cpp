@@ -322,8 +322,9 @@ bool CFrameCutter::EmitFrame( int64_t nEnd )
 	root.m_nCalls = m_nFrameCalls;
 	const std::span<const NodeTimes> times = m_Frame.Times();
 	m_nEntries += times.size();
-	if ( m_nEntries > MAX_ENTRIES )
-		return Fail( "this makes more than 4294967296 entries (frames times nodes); longer frames make fewer" );
+	if ( m_nEntries > m_Options.m_nMostEntries )
+		return Fail( "this makes more than " + std::to_string( m_Options.m_nMostEntries ) +
+					 " entries (frames times nodes); longer frames make fewer" );
 	if ( !m_Sink.AddFrame( m_Frame.m_Tree, times ) )
 		return false;
 	m_Frame.Clear();

@@ -20,6 +20,10 @@ struct CutOptions
 	std::string m_FrameName;
 	int64_t m_nPeriod = 0; // nanoseconds; 0 = no period. Without a name and a period all is one frame.
 
+	// Frames times nodes: with more than these the input is refused.
+	static constexpr uint64_t MAX_ENTRIES = uint64_t{ 1 } << 32;
+	uint64_t m_nMostEntries = MAX_ENTRIES;
+
 	// Names or ids of the threads and processes that are wanted; empty = all.
 	std::vector<std::string> m_Threads;
 	std::vector<std::string> m_Processes;
@@ -33,9 +37,8 @@ struct CutOptions
 class CFrameCutter
 {
 public:
-	static constexpr int64_t MAX_FRAMES = 1'000'000;             // by a period
-	static constexpr int64_t MAX_EMPTY_FRAMES = 1000;            // in a row, by a period
-	static constexpr uint64_t MAX_ENTRIES = uint64_t{ 1 } << 32; // frames times nodes
+	static constexpr int64_t MAX_FRAMES = 1'000'000;  // by a period
+	static constexpr int64_t MAX_EMPTY_FRAMES = 1000; // in a row, by a period
 
 	CFrameCutter( CTrace &trace, const CutOptions &options, IFrameSink &sink );
 
