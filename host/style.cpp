@@ -65,7 +65,8 @@ std::optional<StyleChoice> ParseStyleName( const QString &name )
 
 void ApplyStyle( StyleChoice choice )
 {
-	const bool bDark = choice == StyleChoice::Dark || ( choice == StyleChoice::System && IsDark( DesktopPalette() ) );
+	const bool bDarkDesktop = IsDark( DesktopPalette() ); // asked for before the first change
+	const bool bDark = choice == StyleChoice::Dark || ( choice == StyleChoice::System && bDarkDesktop );
 	QApplication::setStyle( QStyleFactory::create( QStringLiteral( "Fusion" ) ) );
 	QApplication::setPalette( bDark ? DarkPalette() : LightPalette() );
 }

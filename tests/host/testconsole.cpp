@@ -202,6 +202,11 @@ TEST( Style, SwitchesTheWholeApplication )
 	EXPECT_TRUE( IsDarkStyleActive() );
 	ApplyStyle( StyleChoice::Light );
 	EXPECT_FALSE( IsDarkStyleActive() );
+}
+
+TEST( Style, FollowsTheDesktopAlsoAfterItBeganWithTheOtherOne )
+{
+	ApplyStyle( StyleChoice::Dark );
 	ApplyStyle( StyleChoice::System );
 	EXPECT_FALSE( IsDarkStyleActive() ) << "the test platform is a light desktop";
 }
