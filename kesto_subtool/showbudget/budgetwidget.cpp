@@ -30,6 +30,20 @@ QString NameForTitle( const ITesselConnection &connection )
 {
 	return QString::fromUtf8( connection.GetName() ).replace( QLatin1String( "[*]" ), QLatin1String( "[*][*]" ) );
 }
+
+// The same colours, for a widget that keeps them when the application gets others.
+QPalette Pinned( QPalette palette )
+{
+	for ( const auto group : { QPalette::Active, QPalette::Inactive, QPalette::Disabled } )
+	{
+		for ( int nRole = 0; nRole < QPalette::NColorRoles; nRole++ )
+		{
+			const auto role = static_cast<QPalette::ColorRole>( nRole );
+			palette.setBrush( group, role, palette.brush( group, role ) );
+		}
+	}
+	return palette;
+}
 } // namespace
 
 // Marks the time in which the connection or the host may call back into the sub-tool.
@@ -57,6 +71,7 @@ CQBudgetWidget::CQBudgetWidget( ITesselConnection &connection, IBudgetWindowOwne
 	, m_StatusBar( *statusBar() )
 {
 	setAttribute( Qt::WA_QuitOnClose, false ); // the host lives as long as its own window
+	setPalette( Pinned( palette() ) );         // the views' colours are chosen here, once, and must stay readable
 	setWindowTitle( tr( "Show Budget - %1" ).arg( NameForTitle( connection ) ) );
 	m_StatusBar.SetState( tr( "Stopped." ) );
 	setDockOptions( QMainWindow::AnimatedDocks | QMainWindow::AllowNestedDocks | QMainWindow::AllowTabbedDocks );
@@ -108,6 +123,7 @@ QDockWidget *CQBudgetWidget::AddBottomDock( const QString &title, const char *pO
 	pDock->setFeatures(
 		QDockWidget::DockWidgetClosable | QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable );
 	pDock->setWidget( pContent );
+	pDock->setAttribute( Qt::WA_WindowPropagation ); // the window's palette, also while it floats
 	addDockWidget( Qt::BottomDockWidgetArea, pDock, Qt::Horizontal );
 	return pDock;
 }

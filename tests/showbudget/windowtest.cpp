@@ -3,8 +3,11 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QFontMetrics>
+#include <QImage>
 #include <QMenuBar>
+#include <QTemporaryDir>
 #include <QToolBar>
 #include <QToolButton>
 #include <QWindow>
@@ -32,6 +35,32 @@ std::vector<std::string> Entries( const QWidget &widget )
 	for ( const QAction *pAction : widget.actions() )
 		entries.push_back( pAction->isSeparator() ? "-" : pAction->text().toStdString() );
 	return entries;
+}
+
+// Pictures of one colour each in the place of the host's, while it lives.
+class CPictures
+{
+public:
+	CPictures() { QDir::setSearchPaths( "game", { m_Folder.path() } ); }
+	~CPictures() { QDir::setSearchPaths( "game", m_Before ); }
+
+	void Add( const QString &name, const QColor &colour ) const
+	{
+		const QString path = m_Folder.filePath( "tools/images/" + name + ".png" );
+		EXPECT_TRUE( QDir().mkpath( QFileInfo( path ).path() ) );
+		QImage image( 16, 16, QImage::Format_RGB32 );
+		image.fill( colour );
+		EXPECT_TRUE( image.save( path ) );
+	}
+
+private:
+	QTemporaryDir m_Folder;
+	QStringList m_Before = QDir::searchPaths( "game" );
+};
+
+QColor ColourOf( const QIcon &icon )
+{
+	return icon.pixmap( 16, 16 ).toImage().pixelColor( 8, 8 );
 }
 
 QLabel *LabelWithText( const CQBudgetWidget &window, const QString &text )
@@ -132,6 +161,43 @@ TEST_F( WindowTest, ActionsHaveTheirTextsAndStates )
 		EXPECT_EQ( pAction->isChecked(), row.m_bChecked ) << row.m_pText;
 		EXPECT_EQ( pAction->parent(), m_pWindow.get() ) << row.m_pText;
 	}
+}
+
+TEST_F( WindowTest, ActionsHaveTheirIcons )
+{
+	const struct
+	{
+		const char *m_pText;
+		const char *m_pPicture; // null: none
+		QColor m_Colour;
+	} rows[] = {
+		{ "FPS Units", nullptr, {} },
+		{ "Show Budget Averages", nullptr, {} },
+		{ "FPS Thresholds", nullptr, {} },
+		{ "FPS Averages", nullptr, {} },
+		{ "Clear Samples", nullptr, {} },
+		{ "Start Sampling", "showbudgettool/start", QColor( 10, 200, 0 ) },
+		{ "Stop Sampling", "showbudgettool/stop", QColor( 200, 10, 0 ) },
+		{ "Tick Sampling", "showbudgettool/tick", QColor( 0, 10, 200 ) },
+		{ "Microprofiler", "showbudgettool/microprofiler", QColor( 200, 0, 200 ) },
+		{ "Budget History", nullptr, {} },
+		{ "Kesto Player", "tessel/flamegraph", QColor( 200, 200, 10 ) },
+	};
+	CPictures pictures;
+	for ( const auto &row : rows )
+		if ( row.m_pPicture )
+			pictures.Add( row.m_pPicture, row.m_Colour );
+	MakeWindow();
+	for ( const auto &row : rows )
+	{
+		const QIcon icon = Action( row.m_pText )->icon();
+		EXPECT_EQ( icon.isNull(), row.m_pPicture == nullptr ) << row.m_pText;
+		if ( row.m_pPicture )
+		{
+			EXPECT_EQ( ColourOf( icon ), row.m_Colour ) << row.m_pText;
+		}
+	}
+	EXPECT_EQ( ColourOf( Dock( "Kesto Player" )->windowIcon() ), QColor( 200, 200, 10 ) );
 }
 
 TEST_F( WindowTest, TheOptionsMenuHasItsEntriesInOrder )
@@ -235,6 +301,22 @@ TEST_F( WindowTest, TheStyleFollowsTheHost )
 	EXPECT_EQ( m_pWindow->GetViewStyle().m_flUIScale, 2.0f );
 	m_Host.m_bDark = false;
 	EXPECT_EQ( MakeWindow().GetViewStyle().m_Colours.m_Cursor, QColor( Qt::blue ) );
+}
+
+TEST_F( WindowTest, KeepsTheBackgroundThatItsColoursWereChosenForWhenTheHostChangesItsStyle )
+{
+	MakeWindow().show();
+	Dock( "Budget History" )->setFloating( true );
+	const QPalette before = QApplication::palette();
+	const QColor background = m_pWindow->centralWidget()->palette().color( QPalette::Window );
+	QApplication::setPalette( QPalette( background.lightness() < 128 ? Qt::white : Qt::black ) );
+	QApplication::processEvents();
+	EXPECT_NE( QApplication::palette().color( QPalette::Window ), background );
+	for ( const QWidget *pWidget : { m_pWindow->centralWidget(), Dock( "Budget History" )->widget() } )
+		EXPECT_EQ( pWidget->palette().color( QPalette::Window ), background );
+	MakeWindow();
+	EXPECT_EQ( m_pWindow->palette().color( QPalette::Window ), QApplication::palette().color( QPalette::Window ) );
+	QApplication::setPalette( before );
 }
 
 TEST_F( WindowTest, OptionActionsReachTheViews )
