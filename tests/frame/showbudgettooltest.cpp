@@ -34,6 +34,24 @@ bool IsStart( const CFakeConnection::Chunk &chunk )
 	return chunk.m_nType == CHUNK_KSTO && chunk.m_Payload[0] == 1;
 }
 
+class CEventCounter final : public QObject
+{
+public:
+	CEventCounter( QObject &watched, QEvent::Type type )
+		: m_Type( type )
+	{
+		watched.installEventFilter( this );
+	}
+	bool eventFilter( QObject *, QEvent *pEvent ) override
+	{
+		m_nCount += pEvent->type() == m_Type ? 1 : 0;
+		return false;
+	}
+
+	const QEvent::Type m_Type;
+	int m_nCount = 0;
+};
+
 class ShowBudgetToolTest : public testing::Test
 {
 protected:
@@ -145,6 +163,19 @@ TEST_F( ShowBudgetToolTest, OpeningTwiceShowsTheSameWindowTwice )
 	EXPECT_EQ( Open( m_Connection ), pWindow );
 	EXPECT_TRUE( pWindow->isVisible() );
 	EXPECT_EQ( m_Connection.m_Receivers.size(), 3u ) << "registered once";
+}
+
+TEST_F( ShowBudgetToolTest, OpeningAgainBringsTheWindowToTheFront )
+{
+	CQBudgetWidget *pWindow = Open( m_Connection );
+	CQBudgetWidget *pOther = Open( m_OtherConnection );
+	QApplication::processEvents();
+	EXPECT_EQ( QApplication::activeWindow(), pOther );
+	CEventCounter raises( *pWindow, QEvent::ZOrderChange );
+	Open( m_Connection );
+	QApplication::processEvents();
+	EXPECT_EQ( raises.m_nCount, 1 );
+	EXPECT_EQ( QApplication::activeWindow(), pWindow );
 }
 
 TEST_F( ShowBudgetToolTest, AClosedWindowIsOpenedAgain )

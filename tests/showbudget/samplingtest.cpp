@@ -247,6 +247,24 @@ TEST_F( SamplingTest, ClosingAFloatingDockedWindowLeavesNothingOnScreen )
 		EXPECT_FALSE( pWidget->isVisible() ) << pWidget->metaObject()->className();
 }
 
+TEST_F( SamplingTest, AFloatingHistoryIsRepaintedWithSamplesAndOptions )
+{
+	MakeRunningWindow().show();
+	Dock( "Budget History" )->setFloating( true );
+	QApplication::processEvents();
+	CPaintCounter paints( *Dock( "Budget History" ) );
+	SendSample( { 10000, 1 } );
+	QApplication::processEvents();
+	EXPECT_GE( paints.m_nCount, 1 );
+	for ( const char *pOption : { "FPS Units", "Show Budget Averages", "FPS Thresholds", "FPS Averages" } )
+	{
+		paints.m_nCount = 0;
+		Action( pOption )->trigger();
+		QApplication::processEvents();
+		EXPECT_GE( paints.m_nCount, 1 ) << pOption;
+	}
+}
+
 TEST_F( SamplingTest, ClearingForgetsTheSamplesAndTheTexts )
 {
 	MakeRunningWindow();
