@@ -7,7 +7,8 @@
 class TESSEL_INTERFACE IPostConnectCallback
 {
 public:
-	virtual int OnPostConnect() = 0; // 0 = done, 1 = not done
+	// 0 = done, the service forgets the callback; 1 = not done, it may be called again. May register and unregister.
+	virtual int OnPostConnect() = 0;
 
 protected:
 	~IPostConnectCallback() = default;
@@ -16,8 +17,13 @@ protected:
 class TESSEL_INTERFACE IPostConnectService
 {
 public:
+	// The callback stays its owner's and must live until it is unregistered. Unregistering one that is not there does
+	// nothing.
 	virtual void RegisterCallback( IPostConnectCallback *pCallback ) = 0;
 	virtual void UnregisterCallback( IPostConnectCallback *pCallback ) = 0;
+
+	// The array is read during the call; the manifests (nCount >= 0 of them, whose form the host does not know) stay
+	// their owner's and must live until they are removed.
 	virtual void AddResourceManifests( int nCount, void **ppManifests ) = 0;
 	virtual void RemoveResourceManifests( int nCount, void **ppManifests ) = 0;
 

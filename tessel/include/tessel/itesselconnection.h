@@ -15,7 +15,7 @@ public:
 	// From now on every chunk of that type and version goes to pReceiver, which must live until it is told that the
 	// connection ended.
 	virtual void RegisterReceiver( uint32_t nChunkType, uint16_t nVersion, ITesselDataReceived *pReceiver ) = 0;
-	virtual int GetState() const = 0; // 3 = connected
+	virtual int GetState() const = 0; // 3 = connected; anything else: not now
 
 	// Sends nLength bytes of payload; the connection puts the chunk header in front. pBuffer is a g_pMemAlloc block
 	// that the connection takes over, also when the result is false (not sent).
