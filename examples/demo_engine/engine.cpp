@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <thread>
 
 #include "budgets.h"
@@ -136,6 +137,7 @@ void CEngine::RegisterCommands()
 	showbudget::RegisterCommand( "bodies", "NUMBER: how many bodies the physics simulates", OnBodies, this );
 	showbudget::RegisterCommand( "slow", "MILLISECONDS: makes one frame that much longer", OnSlow, this );
 	showbudget::RegisterCommand( "explode", "throws the bodies about", OnExplode, this );
+	showbudget::RegisterCommand( "status", "what the engine is doing", OnStatus, this );
 }
 
 void CEngine::OnBodies( int nArguments, const char *const *ppArguments, void *pEngine )
@@ -165,5 +167,27 @@ void CEngine::OnExplode( int, const char *const *, void *pEngine )
 	auto &engine = *static_cast<CEngine *>( pEngine );
 	engine.m_Physics.Explode( { 0.0f, 0.5f, 0.0f }, 40.0f );
 	engine.m_Particles.Emit( { 0.0f, 0.5f, 0.0f }, 9000 );
+}
+
+void CEngine::OnStatus( int, const char *const *, void *pEngine )
+{
+	const auto &engine = *static_cast<CEngine *>( pEngine );
+	showbudget::PrintFormat( showbudget::Severity::Message,
+		"%u bodies, %zu particles, %u agents that see %.1f others each, characters up to %.1f high, "
+		"loudest sample %.2f, %u broken blocks.",
+		engine.m_Physics.BodyCount(), engine.m_Particles.Particles().size(), CScripting::AGENTS,
+		static_cast<double>( engine.m_Scripting.MeanNeighbours() ), static_cast<double>( engine.m_Animation.Top() ),
+		static_cast<double>( engine.m_Audio.Peak() ), engine.m_Streaming.Broken() );
+}
+
+bool CEngine::WritePicture( const char *pFile ) const
+{
+	std::ofstream file( pFile, std::ios::binary );
+	file << "P6\n" << CRenderer::WIDTH << ' ' << CRenderer::HEIGHT << "\n255\n";
+	for ( const uint32_t nPixel : m_PostProcess.Screen() )
+		for ( const int nShift : { 0, 8, 16 } )
+			file.put( static_cast<char>( nPixel >> nShift & 0xFF ) );
+	file.close();
+	return !file.fail();
 }
 } // namespace demo

@@ -22,6 +22,9 @@ class CEngine
 public:
 	explicit CEngine( uint32_t nBodies );
 
+	// Writes what the last frame drew as a portable pixmap. False when the file cannot be written.
+	bool WritePicture( const char *pFile ) const;
+
 	// Registers the console commands. The engine must outlive the session.
 	void RegisterCommands();
 	// Runs one frame, waits until it is due, and ends it.
@@ -41,6 +44,7 @@ private:
 	static void OnBodies( int nArguments, const char *const *ppArguments, void *pEngine );
 	static void OnSlow( int nArguments, const char *const *ppArguments, void *pEngine );
 	static void OnExplode( int nArguments, const char *const *ppArguments, void *pEngine );
+	static void OnStatus( int nArguments, const char *const *ppArguments, void *pEngine );
 
 	CJobSystem m_Jobs;
 	CPhysics m_Physics;

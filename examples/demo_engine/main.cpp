@@ -1,7 +1,9 @@
 // Runs the demo engine until it is told to end. It is also the example of how an engine uses the library: budgets.cpp
 // declares where time may go, the subsystems say where it went, and this file starts and stops the session.
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include "engine.h"
@@ -38,7 +40,7 @@ bool StartRecording( const demo::Options &options )
 	return showbudget::StartRecording( settings );
 }
 
-void Run( const demo::Options &options )
+bool Run( const demo::Options &options )
 {
 	demo::CEngine engine( options.m_nBodies );
 	engine.RegisterCommands();
@@ -46,6 +48,10 @@ void Run( const demo::Options &options )
 	while ( !g_bEnd && ( !options.m_nFrames || nFrames++ < *options.m_nFrames ) )
 		engine.RunFrame();
 	showbudget::Stop();
+	if ( options.m_Picture.empty() || engine.WritePicture( options.m_Picture.c_str() ) )
+		return true;
+	std::fprintf( stderr, "demo_engine: cannot write %s: %s\n", options.m_Picture.c_str(), std::strerror( errno ) );
+	return false;
 }
 } // namespace
 
@@ -79,6 +85,5 @@ int main( int nArguments, char **ppArguments )
 	// Who asks for a recording on the command line wants nothing without it.
 	if ( !StartRecording( *options ) )
 		return 1;
-	Run( *options );
-	return 0;
+	return Run( *options ) ? 0 : 1;
 }

@@ -37,6 +37,8 @@ bool ReadOption( std::string_view name, std::string_view value, Options &options
 		options.m_Address = value;
 	else if ( name == "--record" )
 		options.m_Recording = value;
+	else if ( name == "--picture" )
+		options.m_Picture = value;
 	else if ( name == "--name" )
 		options.m_Name = value;
 	else
@@ -89,6 +91,7 @@ const char *Usage()
 		   "  --bodies N       bodies of the physics, 0 to 20000 (default 2500)\n"
 		   "  --frames N       end after this many frames\n"
 		   "  --record FILE    record all frames to this file\n"
+		   "  --picture FILE   write what the last frame drew to this file (.ppm) at the end\n"
 		   "  --help           show this text\n";
 }
 } // namespace demo

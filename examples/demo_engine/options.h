@@ -15,6 +15,7 @@ struct Options
 	uint32_t m_nBodies = 2500;
 	std::optional<uint64_t> m_nFrames; // none runs until it is told to end
 	std::string m_Recording;           // file; empty for none
+	std::string m_Picture;             // file; empty for none
 	bool m_bHelp = false;
 };
 

@@ -38,10 +38,12 @@ void CScripting::MakeMap()
 	}
 }
 
-// Counts in a loop, then now and then asks for a path and shouts.
+// Thinks about what was heard in a loop, then now and then asks for a path and shouts.
 void CScripting::MakeProgram()
 {
 	m_Program = {
+		{ Operation::Listen, 5, 0, 0 },
+		{ Operation::Add, 0, 5, 0 },
 		{ Operation::SetConstant, 1, 0, 0 },
 		{ Operation::SetConstant, 2, 0, 17 },
 		{ Operation::SetConstant, 3, 0, 1 },
@@ -50,7 +52,7 @@ void CScripting::MakeProgram()
 		{ Operation::Add, 0, 3, 0 },
 		{ Operation::Modulo, 0, 0, 9973 },
 		{ Operation::Add, 1, 3, 0 },
-		{ Operation::JumpIfLess, 1, 4, 4 },
+		{ Operation::JumpIfLess, 1, 4, 6 },
 		{ Operation::AskForPath, 0, 0, 40 },
 		{ Operation::Shout, 0, 0, 25 },
 		{ Operation::End, 0, 0, 0 },
@@ -85,6 +87,14 @@ void CScripting::Look()
 	}
 }
 
+float CScripting::MeanNeighbours() const
+{
+	uint32_t nSum = 0;
+	for ( const Agent &agent : m_Agents )
+		nSum += agent.m_nNeighbours;
+	return static_cast<float>( nSum ) / static_cast<float>( AGENTS );
+}
+
 void CScripting::RunPrograms()
 {
 	SHOWBUDGET_SCOPE( g_Scripting, "Run programs" );
@@ -104,6 +114,9 @@ void CScripting::Interpret( uint32_t nAgent )
 		{
 			case Operation::SetConstant:
 				pVariables[instruction.m_nTo] = instruction.m_nValue;
+				break;
+			case Operation::Listen:
+				pVariables[instruction.m_nTo] = agent.m_nHeard;
 				break;
 			case Operation::Add:
 				pVariables[instruction.m_nTo] += pVariables[instruction.m_nFrom];
@@ -141,7 +154,7 @@ void CScripting::DeliverShouts()
 		{
 			const Vector offset = agent.m_Position - m_Agents[shout.m_nAgent].m_Position;
 			if ( Dot( offset, offset ) < 100.0f )
-				agent.m_nHeard += static_cast<uint32_t>( shout.m_nWord ) & 1;
+				agent.m_nHeard = shout.m_nWord;
 		}
 	}
 	m_Shouts.clear();
@@ -161,7 +174,7 @@ int CScripting::CellOf( const Vector &position )
 	return std::clamp( static_cast<int>( position.z ), 0, MAP_SIZE - 1 ) * MAP_SIZE + nColumn;
 }
 
-// A*, four ways, with the distance along the axes as the estimate.
+// A*, four ways, with the distance along the axes as the estimate. Walls may shut the goal off; the agent then stays.
 void CScripting::FindPath( Agent &agent )
 {
 	SHOWBUDGET_SCOPE( g_Scripting, "A* search" );
@@ -203,7 +216,9 @@ void CScripting::FindPath( Agent &agent )
 		}
 	}
 	agent.m_Path.clear();
-	for ( int nCell = nGoal; nCell >= 0 && nCell != nStart; nCell = m_CameFrom[static_cast<size_t>( nCell )] )
+	if ( m_CameFrom[static_cast<size_t>( nGoal )] < 0 )
+		return;
+	for ( int nCell = nGoal; nCell != nStart; nCell = m_CameFrom[static_cast<size_t>( nCell )] )
 		agent.m_Path.push_back( nCell );
 }
 

@@ -16,6 +16,8 @@ public:
 	void Step( float flSeconds );
 
 	static constexpr uint32_t AGENTS = 400;
+	// How many others an agent saw in the last step, on average.
+	float MeanNeighbours() const;
 
 private:
 	static constexpr int MAP_SIZE = 96;
@@ -24,6 +26,7 @@ private:
 	enum class Operation : uint8_t
 	{
 		SetConstant,
+		Listen,
 		Add,
 		Multiply,
 		Modulo,
@@ -42,10 +45,9 @@ private:
 	struct Agent
 	{
 		Vector m_Position;
-		int m_nGoal = 0;
 		std::vector<int> m_Path; // cells, the next one last
 		int32_t m_Variables[VARIABLES]{};
-		uint32_t m_nHeard = 0;
+		int32_t m_nHeard = 0; // the last word
 		uint32_t m_nNeighbours = 0;
 	};
 	struct Shout

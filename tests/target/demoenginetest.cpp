@@ -3,9 +3,11 @@
 
 #include <sys/wait.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <random>
+#include <set>
 
 #include "demoprocess.h"
 #include "recordingfile.h"
@@ -17,11 +19,19 @@ namespace
 {
 using testing::HasSubstr;
 
+// Of a process that has said where it listens.
+uint16_t PortOf( const CDemoProcess &demo )
+{
+	const std::string &output = demo.Output();
+	return static_cast<uint16_t>( std::stoi( output.substr( output.find( "listening on 127.0.0.1:" ) + 23 ) ) );
+}
+
 TEST( DemoEngine, HelpIsPrinted )
 {
 	CDemoProcess demo( { "--help" } );
 	EXPECT_EQ( demo.Wait(), 0 );
-	for ( const char *pOption : { "--port", "--bind", "--name", "--bodies", "--frames", "--record", "--help" } )
+	for ( const char *pOption :
+		{ "--port", "--bind", "--name", "--bodies", "--frames", "--record", "--picture", "--help" } )
 		EXPECT_THAT( demo.Output(), HasSubstr( pOption ) );
 }
 
@@ -51,6 +61,61 @@ TEST( DemoEngine, EndsByItselfAfterItsFrames )
 	EXPECT_THAT( demo.Output(), HasSubstr( "listening on 127.0.0.1:" ) );
 }
 
+TEST( DemoEngine, DrawsAPicture )
+{
+	const CTemporaryFolder folder;
+	const std::string file = folder.File( "picture.ppm" );
+	CDemoProcess demo( { "--port", "0", "--frames", "30", "--picture", file } );
+	EXPECT_EQ( demo.Wait(), 0 );
+	const std::vector<uint8_t> bytes = ReadBytes( file );
+	const std::string header = "P6\n256 144\n255\n";
+	ASSERT_EQ( bytes.size(), header.size() + 256 * 144 * 3 );
+	EXPECT_TRUE( std::equal( header.begin(), header.end(), bytes.begin() ) );
+	std::set<std::array<uint8_t, 3>> colours;
+	for ( size_t i = header.size(); i < bytes.size(); i += 3 )
+		colours.insert( { bytes[i], bytes[i + 1], bytes[i + 2] } );
+	EXPECT_GT( colours.size(), 256u ) << "sky, ground, and balls in the light";
+}
+
+TEST( DemoEngine, APictureThatCannotBeWrittenIsALineAndStatusOne )
+{
+	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "3", "--picture", "/no/such/folder/a.ppm" } );
+	EXPECT_EQ( demo.Wait(), 1 );
+	EXPECT_THAT( demo.Output(), HasSubstr( "demo_engine: cannot write /no/such/folder/a.ppm: No such file" ) );
+}
+
+TEST( DemoEngine, TakesItsCommands )
+{
+	CDemoProcess demo( { "--port", "0", "--bodies", "50" } );
+	demo.WaitForOutput( "\n" );
+	CTestConsole console( PortOf( demo ) );
+	console.Greet();
+	const std::vector<std::pair<std::string, std::string>> cases{
+		{ "bodies 70", "70 bodies." },
+		{ "status", "70 bodies, " },
+		{ "bodies", "bodies takes a number from 0 to 20000; there are 70." },
+		{ "bodies 20001", "bodies takes a number from 0 to 20000; there are 70." },
+		{ "bodies 0", "0 bodies." },
+		{ "slow 10001", "slow takes milliseconds from 0 to 10000." },
+		{ "slow", "slow takes milliseconds from 0 to 10000." },
+	};
+	for ( const auto &[command, line] : cases )
+	{
+		console.Command( command );
+		console.ReceiveUntilLine( line );
+	}
+	console.Command( "explode" );
+	console.Command( "status" );
+	const std::string before = "0 bodies, ";
+	std::string line;
+	for ( int i = 0; i < 100 && line.find( before ) != 0; i++ )
+		line = console.ReceiveLine();
+	ASSERT_EQ( line.find( before ), 0u );
+	EXPECT_GE( std::stoi( line.substr( before.size() ) ), 9000 ) << line << "particles of one explosion";
+	demo.Signal( SIGTERM );
+	EXPECT_EQ( demo.Wait(), 0 );
+}
+
 TEST( DemoEngine, TermAndInterruptEndItInOrder )
 {
 	for ( const int nSignal : { SIGTERM, SIGINT } )
@@ -71,8 +136,7 @@ TEST( DemoEngine, APortThatIsTakenDoesNotStopIt )
 {
 	CDemoProcess first( { "--port", "0" } );
 	first.WaitForOutput( "\n" );
-	const size_t nColon = first.Output().rfind( ':' );
-	const std::string port = first.Output().substr( nColon + 1, first.Output().find( '\n' ) - nColon - 1 );
+	const std::string port = std::to_string( PortOf( first ) );
 	CDemoProcess second( { "--port", port, "--bodies", "50", "--frames", "3" } );
 	EXPECT_EQ( second.Wait(), 0 );
 	EXPECT_THAT( second.Output(), HasSubstr( "cannot listen on 127.0.0.1:" + port ) );
