@@ -1,10 +1,25 @@
 #include "plugin.h"
 
+#include <QFileInfo>
+
 #include <array>
 
 namespace
 {
 using InstallSchemaBindingsFn = bool ( * )( const char *pName, ISchemaSystem *pSchemaSystem );
+
+// What the system says of a file that it does not load. The toolkit puts the path in front of that, twice.
+QString WhyNotLoaded( const QLibrary &library )
+{
+	const QString path = library.fileName();
+	QString reason = library.errorString();
+	for ( const QString &front : { QStringLiteral( "Cannot load library %1: (" ).arg( path ), path + ": " } )
+		if ( reason.startsWith( front ) )
+			reason.remove( 0, front.size() );
+	if ( reason.endsWith( ')' ) && reason.count( '(' ) < reason.count( ')' ) )
+		reason.chop( 1 );
+	return reason;
+}
 } // namespace
 
 std::span<const KnownSubTool> KnownSubTools()
@@ -32,10 +47,16 @@ CPlugin::~CPlugin()
 std::unique_ptr<CPlugin> CPlugin::Load(
 	const QString &path, std::span<const KnownSubTool> knownSubTools, QString &error )
 {
+	// The toolkit would look for it under other names, too.
+	if ( !QFileInfo( path ).isFile() )
+	{
+		error = tr( "cannot load %1: there is no such file" ).arg( path );
+		return nullptr;
+	}
 	std::unique_ptr<CPlugin> pPlugin( new CPlugin( path ) );
 	if ( !pPlugin->m_Library.load() )
 	{
-		error = tr( "cannot load %1: %2" ).arg( path, pPlugin->m_Library.errorString() );
+		error = tr( "cannot load %1: %2" ).arg( path, WhyNotLoaded( pPlugin->m_Library ) );
 		return nullptr;
 	}
 	const auto pFactory = reinterpret_cast<CreateInterfaceFn>( pPlugin->m_Library.resolve( "CreateInterface" ) );

@@ -126,7 +126,8 @@ TEST_P( BadPlugins, AreReportedAndTheOthersGoOn )
 }
 
 INSTANTIATE_TEST_SUITE_P(, BadPlugins,
-	testing::Values( BadPlugin{ "absent", "cannot load" }, BadPlugin{ "nofactory", "does not export CreateInterface" },
+	testing::Values( BadPlugin{ "absent", "absent_subtool.so: there is no such file" },
+		BadPlugin{ "nofactory", "does not export CreateInterface" },
 		BadPlugin{ "unknown", "no sub-tool that this console knows" }, BadPlugin{ "nosubtool", "is no sub-tool" },
 		BadPlugin{ "refusesconnect", "could not connect" } ) );
 
@@ -140,7 +141,7 @@ TEST_F( SubTools, ReportsAFileThatIsNoLibrary )
 	file.close();
 	m_pTools->Load( { path }, m_Settings );
 	ASSERT_EQ( m_Lines.size(), 1 );
-	EXPECT_THAT( m_Lines[0].toStdString(), HasSubstr( path.toStdString() ) );
+	EXPECT_EQ( m_Lines[0], QString( "cannot load %1: file too short" ).arg( path ) );
 	EXPECT_TRUE( m_pTools->All().empty() );
 }
 
