@@ -2,6 +2,8 @@
 #include <QApplication>
 
 #include <cstdio>
+#include <utility>
+#include <vector>
 
 #include "commandline.h"
 #include "signalwatcher.h"
@@ -32,17 +34,49 @@ bool ChoosePlatform( const CommandLineOptions &options )
 }
 
 CConsoleLog *g_pLog = nullptr;
+std::vector<std::pair<LoggingSeverity, QString>> g_EarlyMessages; // of the time before there is a log
+
+void LogQtMessage( LoggingSeverity severity, const QString &text )
+{
+	g_pLog->Add( severity, QStringLiteral( "Qt" ), text );
+}
+
+// The process ends with it. What came before may say why.
+void PrintFatalMessage( const QString &text )
+{
+	for ( const auto &[severity, early] : g_EarlyMessages )
+		std::fprintf( stderr, "tessel: Qt: %s\n", qUtf8Printable( early ) );
+	std::fprintf( stderr, "tessel: Qt: %s\n", qUtf8Printable( text ) );
+}
+
+// The platform without a screen says that it has no windows to move; without a folder for the session's files the
+// toolkit takes another, and says so.
+bool IsOfNoMatter( const QString &text )
+{
+	return text.startsWith( QLatin1String( "This plugin does not support" ) ) ||
+		   text.startsWith( QLatin1String( "QStandardPaths: XDG_RUNTIME_DIR not set" ) );
+}
 
 // What the toolkit complains about goes to the console like everything else.
 void OnQtMessage( QtMsgType type, const QMessageLogContext &, const QString &text )
 {
 	if ( type == QtFatalMsg )
-		std::fprintf( stderr, "tessel: Qt: %s\n", qUtf8Printable( text ) ); // the process ends with this call
-	// The platform without a screen says that it has no windows to move.
-	if ( text.startsWith( QLatin1String( "This plugin does not support" ) ) )
+		return PrintFatalMessage( text );
+	if ( IsOfNoMatter( text ) )
 		return;
 	const bool bWarning = type != QtDebugMsg && type != QtInfoMsg;
-	g_pLog->Add( bWarning ? LoggingSeverity::Warning : LoggingSeverity::Message, QStringLiteral( "Qt" ), text );
+	const LoggingSeverity severity = bWarning ? LoggingSeverity::Warning : LoggingSeverity::Message;
+	if ( g_pLog )
+		LogQtMessage( severity, text );
+	else
+		g_EarlyMessages.emplace_back( severity, text );
+}
+
+void SetLog( CConsoleLog &log )
+{
+	g_pLog = &log;
+	for ( const auto &[severity, text] : std::exchange( g_EarlyMessages, {} ) )
+		LogQtMessage( severity, text );
 }
 
 // Where no desktop chooses a font the toolkit's own choice is a large one.
@@ -59,8 +93,7 @@ int Run( const CommandLineOptions &options )
 {
 	CSignalWatcher signalWatcher;
 	CTesselHost host( options );
-	g_pLog = &host.Log();
-	qInstallMessageHandler( OnQtMessage );
+	SetLog( host.Log() );
 	QObject::connect( &host, &CTesselHost::Finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection );
 	QObject::connect( &signalWatcher, &CSignalWatcher::Stopped, qApp, []() { QCoreApplication::exit( 0 ); } );
 	QString error;
@@ -95,6 +128,7 @@ int main( int nArguments, char **ppArguments )
 		std::fputs( "tessel: there is no display (DISPLAY and WAYLAND_DISPLAY are not set)\n", stderr );
 		return STATUS_FAILED;
 	}
+	qInstallMessageHandler( OnQtMessage );
 	QCoreApplication::setAttribute( Qt::AA_EnableHighDpiScaling );
 	QCoreApplication::setAttribute( Qt::AA_UseHighDpiPixmaps );
 	QGuiApplication::setHighDpiScaleFactorRoundingPolicy( Qt::HighDpiScaleFactorRoundingPolicy::PassThrough );
