@@ -30,6 +30,12 @@ QWidget *FindSubToolWindow( const QLatin1String &title )
 			return pWidget;
 	return nullptr;
 }
+
+void PrintToErrorOutput( LoggingSeverity severity, const char *pText, void * )
+{
+	if ( severity != LoggingSeverity::Message )
+		std::fprintf( stderr, "tessel: %s", pText );
+}
 } // namespace
 
 CTesselHost::CTesselHost( const CommandLineOptions &options )
@@ -350,9 +356,12 @@ void CTesselHost::ShutDown()
 	m_pScreenshot.reset();
 	if ( m_bStarted )
 	{
+		// Nobody will read the console any more.
+		Logging_AddListener( PrintToErrorOutput, nullptr );
 		m_pWindow->WriteSettings( m_Settings );
 		m_pSubTools->SaveSettings( m_Settings.SubTools() );
 		m_Settings.Save();
+		Logging_RemoveListener( PrintToErrorOutput, nullptr );
 	}
 	m_pConnections->RemoveAll();
 	for ( const std::unique_ptr<CRecordingConnection> &pRecording : m_Recordings )

@@ -101,6 +101,15 @@ TEST_F( Program, TakesAPictureWithoutADisplay )
 	EXPECT_TRUE( QFile::exists( picture ) );
 }
 
+TEST_F( Program, SaysOnTheErrorOutputThatItCouldNotSaveItsSettings )
+{
+	// Once the console is closed nobody reads it.
+	ASSERT_TRUE( Run( { "--screenshot", m_Folder.filePath( "console.png" ), "--what", "console", "--after", "0",
+		"--settings", "/proc/nowhere/tessel.settings" } ) );
+	EXPECT_EQ( m_Process.exitCode(), 0 );
+	EXPECT_THAT( ErrorOutput(), testing::StartsWith( "tessel: The settings are not saved: /proc/nowhere/" ) );
+}
+
 TEST_F( Program, EndsCleanlyAndSavesWhenItIsAskedToStop )
 {
 	for ( const int nSignal : { SIGTERM, SIGINT } )
