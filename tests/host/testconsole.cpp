@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenu>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTest>
@@ -47,6 +48,17 @@ void Append( CConsoleModel &model, const std::vector<ConsoleLine> &lines )
 	for ( const ConsoleLine &line : lines )
 		newest.Add( line );
 	model.Append( newest );
+}
+
+void ChooseInOpenMenu( const QString &text )
+{
+	auto *pMenu = qobject_cast<QMenu *>( QApplication::activePopupWidget() );
+	ASSERT_NE( pMenu, nullptr );
+	for ( QAction *pAction : pMenu->actions() )
+		if ( pAction->text() == text )
+			pMenu->setActiveAction( pAction );
+	EXPECT_NE( pMenu->activeAction(), nullptr ) << "there is no " << text.toStdString();
+	QTest::keyClick( pMenu, pMenu->activeAction() ? Qt::Key_Return : Qt::Key_Escape );
 }
 
 QStringList Texts( const QAbstractItemModel &model )
@@ -387,6 +399,26 @@ TEST_F( ConsolePanel, CopiesTheSelectedLinesInTheirOrderOrAllThatAreShown )
 			pLines->model()->index( nRow, 0 ), QItemSelectionModel::Select | QItemSelectionModel::Rows );
 	QTest::keyClick( pLines, Qt::Key_C, Qt::ControlModifier );
 	EXPECT_EQ( QApplication::clipboard()->text(), "12:34:56.789 [tessel] one\n12:34:56.789 [tessel] three\n" );
+}
+
+TEST_F( ConsolePanel, ItsMenuCopiesSelectsAllAndClears )
+{
+	Append( m_Model, { Line( "one" ), Line( "two" ) } );
+	auto *pLines = Child<QTreeView>( "ConsoleLines" );
+	const auto choose = [pLines]( const QString &text )
+	{
+		QTimer::singleShot( 0, [&text]() { ChooseInOpenMenu( text ); } );
+		emit pLines->customContextMenuRequested( QPoint( 5, 5 ) );
+	};
+	choose( "Copy all lines" );
+	EXPECT_EQ( QApplication::clipboard()->text(), "12:34:56.789 [tessel] one\n12:34:56.789 [tessel] two\n" );
+	choose( "Select all" );
+	EXPECT_EQ( pLines->selectionModel()->selectedRows().size(), 2 );
+	pLines->setCurrentIndex( pLines->model()->index( 1, 0 ) );
+	choose( "Copy" );
+	EXPECT_EQ( QApplication::clipboard()->text(), "12:34:56.789 [tessel] two\n" );
+	choose( "Clear" );
+	EXPECT_EQ( m_Model.rowCount(), 0 );
 }
 
 TEST_F( ConsolePanel, TakesCommandsOnlyWhenThereIsSomebodyToSendThemTo )

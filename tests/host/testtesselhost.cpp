@@ -88,12 +88,19 @@ protected:
 		return m_pHost->Window().findChild<Widget *>( pName );
 	}
 
-	QAction *SubToolAction()
+	QAction *FindAction( const QString &text )
 	{
 		for ( QAction *pAction : m_pHost->Window().findChildren<QAction *>() )
-			if ( pAction->text() == "Show Budget" )
+			if ( pAction->text() == text )
 				return pAction;
 		return nullptr;
+	}
+	QAction *SubToolAction() { return FindAction( "Show Budget" ); }
+	QAction *MenuAction( const char *pText )
+	{
+		QAction *pAction = FindAction( pText );
+		EXPECT_NE( pAction, nullptr ) << pText;
+		return pAction;
 	}
 
 	bool WaitUntilConnected( int nIndex = 0 )
@@ -387,6 +394,45 @@ TEST_F( TesselHost, SwitchesAndRemembersTheStyle )
 	m_Options.m_Style = StyleChoice::Light;
 	Start();
 	EXPECT_FALSE( m_pHost->IsDarkStyle() ) << "the command line decides for this run";
+}
+
+TEST_F( TesselHost, ItsMenuSwitchesTheStyleAndMarksTheOneInForce )
+{
+	m_Options.m_Style = StyleChoice::Dark;
+	Start();
+	const auto marked = [this]()
+	{
+		QStringList texts;
+		for ( const char *pText : { "As the &desktop", "Da&rk", "&Light" } )
+			if ( MenuAction( pText )->isChecked() )
+				texts += pText;
+		return texts;
+	};
+	EXPECT_EQ( marked(), QStringList( "Da&rk" ) );
+	MenuAction( "As the &desktop" )->trigger();
+	EXPECT_FALSE( m_pHost->IsDarkStyle() ) << "the test platform is a light desktop";
+	EXPECT_EQ( marked(), QStringList( "As the &desktop" ) );
+	MenuAction( "Da&rk" )->trigger();
+	EXPECT_TRUE( m_pHost->IsDarkStyle() );
+	MenuAction( "&Light" )->trigger();
+	EXPECT_FALSE( m_pHost->IsDarkStyle() );
+	EXPECT_EQ( marked(), QStringList( "&Light" ) );
+}
+
+TEST_F( TesselHost, ItsFileMenuLeadsToTheAddressBarAndToTheEnd )
+{
+	Start();
+	auto *pAddress = Child<QComboBox>( "AddressBar" );
+	auto *pDock = Child<QDockWidget>( "Connections" );
+	Child<QLineEdit>( "ConsoleFilter" )->setFocus();
+	pDock->close();
+	MenuAction( "&Connect\u2026" )->trigger();
+	EXPECT_TRUE( pDock->isVisible() );
+	EXPECT_EQ( m_pHost->Window().focusWidget(), pAddress );
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	MenuAction( "&Quit" )->trigger();
+	ASSERT_EQ( finished.count(), 1 );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
 }
 
 TEST_F( TesselHost, GivesAUIScaleThatIsMoreThanZero )
