@@ -10,6 +10,14 @@ namespace demo
 {
 namespace
 {
+std::string Quoted( std::string_view text )
+{
+	std::string quoted( 1, '"' );
+	quoted += text;
+	quoted += '"';
+	return quoted;
+}
+
 template <typename Number>
 bool ReadNumber( std::string_view name, std::string_view text, uint64_t nLimit, Number &out, std::string &error )
 {
@@ -17,8 +25,7 @@ bool ReadNumber( std::string_view name, std::string_view text, uint64_t nLimit, 
 	const auto [pEnd, problem] = std::from_chars( text.data(), text.data() + text.size(), nValue );
 	if ( problem != std::errc() || pEnd != text.data() + text.size() || nValue > nLimit )
 	{
-		error = std::string( name ) + ": \"" + std::string( text ) + "\" is not a number from 0 to " +
-				std::to_string( nLimit );
+		error = std::string( name ) + ": " + Quoted( text ) + " is not a number from 0 to " + std::to_string( nLimit );
 		return false;
 	}
 	out = static_cast<Number>( nValue );
@@ -43,7 +50,7 @@ bool ReadOption( std::string_view name, std::string_view value, Options &options
 		options.m_Name = value;
 	else
 	{
-		error = "unknown option \"" + std::string( name ) + "\"; --help lists them";
+		error = "unknown option " + Quoted( name ) + "; --help lists them";
 		return false;
 	}
 	return true;
@@ -71,7 +78,7 @@ std::optional<Options> ParseOptions( int nArguments, char **ppArguments, std::st
 			value = ppArguments[++i];
 		else
 		{
-			error = "\"" + std::string( name ) + "\" is no option or lacks its value; --help lists them";
+			error = Quoted( name ) + " is no option or lacks its value; --help lists them";
 			return std::nullopt;
 		}
 		if ( !ReadOption( name, value, options, error ) )
