@@ -7,6 +7,8 @@
 // forgets the key under which it once kept an icon's picture: over half a kilobyte for each window ever opened.
 class CQBudgetDock final : public QDockWidget
 {
+	Q_OBJECT
+
 public:
 	using QDockWidget::QDockWidget;
 

@@ -5,6 +5,8 @@
 
 class CQFramedPanel : public QFrame
 {
+	Q_OBJECT
+
 public:
 	// Takes pChild (not null) over and keeps it 4 pixels inside the frame.
 	explicit CQFramedPanel( QWidget *pChild, QWidget *pParent = nullptr );

@@ -12,6 +12,8 @@
 #include <QToolButton>
 #include <QWindow>
 #include <QtTest>
+#include <set>
+#include <typeinfo>
 
 #include "miniprofiler/miniprofilerwidget.h"
 #include "recordings/kestoplayerwidget.h"
@@ -352,6 +354,24 @@ TEST_F( WindowTest, EverySlotCanBeInvokedByItsName )
 	for ( const char *pSlot : { "TickSampling", "ShowMiniProfiler" } )
 		EXPECT_TRUE( QMetaObject::invokeMethod( m_pWindow.get(), pSlot, Q_ARG( bool, true ) ) ) << pSlot;
 	EXPECT_STREQ( m_pWindow->metaObject()->className(), "CQBudgetWidget" );
+}
+
+// Hosts and tests find the parts of a window by the names of their classes.
+TEST_F( WindowTest, EveryPartOfOurOwnTellsTheNameOfItsClass )
+{
+	MakeWindow();
+	std::set<std::string> names;
+	for ( const QObject *pObject : m_pWindow->findChildren<QObject *>() )
+	{
+		const std::string name = testing::internal::GetTypeName( typeid( *pObject ) );
+		if ( !name.starts_with( "CQ" ) )
+			continue;
+		names.insert( name );
+		EXPECT_EQ( pObject->metaObject()->className(), name );
+	}
+	EXPECT_THAT(
+		names, testing::IsSupersetOf( { "CQBudgetNamesWidget", "CQBudgetBarsWidget", "CQBudgetHistoryBarsWidget",
+				   "CQFPSGraphWidget", "CQFramedPanel", "CQMiniProfilerWidget", "CQKestoPlayerWidget" } ) );
 }
 
 TEST_F( WindowTest, TheEmptyPlayerSaysThatThereIsNothingYet )
