@@ -183,19 +183,19 @@ void SumSamples( benchmark::State &state )
 {
 	CMiniProfilerModel model( 1000000000 );
 	Fill( model, MakeIds( static_cast<size_t>( state.range( 0 ) ) ) );
-	constexpr uint32_t WIDTH = CMiniProfilerHistory::BLOCK_RECORDS;
+	const CMiniProfilerHistory &history = model.History();
 	for ( auto _ : state )
 	{
-		for ( uint32_t nBlock = 0; nBlock * WIDTH < model.History().RecordCount(); nBlock++ )
+		for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
 		{
-			const CMiniProfilerHistory::Block &block = model.History().BlockAt( nBlock );
 			CMiniProfilerHistory::Row sums{};
-			for ( const CMiniProfilerHistory::Row &row : block.m_Rows )
-				for ( uint32_t j = 0; j < WIDTH; j++ )
-				{
-					sums.m_Ticks[j] += row.m_Ticks[j];
-					sums.m_Calls[j] += row.m_Calls[j];
-				}
+			for ( uint32_t nSegment = 0; nSegment < CMiniProfilerHistory::SEGMENTS; nSegment++ )
+				for ( const CMiniProfilerHistory::Row &row : history.SegmentAt( nBlock, nSegment )->m_Rows )
+					for ( uint32_t j = 0; j < CMiniProfilerHistory::BLOCK_RECORDS; j++ )
+					{
+						sums.m_Ticks[j] += row.m_Ticks[j];
+						sums.m_Calls[j] += row.m_Calls[j];
+					}
 			benchmark::DoNotOptimize( sums );
 		}
 	}

@@ -1,9 +1,11 @@
 // The newest 128 samples of every mini-profiler record.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 struct MiniProfilerSample
@@ -15,24 +17,30 @@ struct MiniProfilerSample
 };
 
 // Every record has a ring of CAPACITY samples. All rings advance together, so they share one head: opening an interval
-// costs the same for one record and for a hundred thousand. Eight records share a block: their samples of one interval
-// fill two cache lines, which is how a chunk writes them, and the whole block fits into the first-level cache, where
-// the statistics go over it a few records at a time.
+// costs the same for one record and for a hundred thousand.
+//
+// Eight neighbouring records make a block, and four neighbouring slots of a block's rings a segment, which is made with
+// the first sample other than 0 that falls into it. So a record costs next to nothing before it has samples, a sample
+// never makes more than SEGMENT_BYTES, and once every slot was filled nothing is made any more. A block's samples of
+// one interval fill two cache lines, and those of the next block mostly lie behind: that is how a chunk writes them.
 class CMiniProfilerHistory
 {
 public:
 	static constexpr uint32_t CAPACITY = 128;
 	static constexpr uint32_t BLOCK_RECORDS = 8;
+	static constexpr uint32_t SEGMENT_SLOTS = 4;
+	static constexpr uint32_t SEGMENTS = CAPACITY / SEGMENT_SLOTS; // of a block
 
 	struct Row // one interval of a block's records
 	{
 		std::array<uint64_t, BLOCK_RECORDS> m_Ticks{};
 		std::array<uint64_t, BLOCK_RECORDS> m_Calls{};
 	};
-	struct alignas( 64 ) Block
+	struct alignas( 64 ) Segment
 	{
-		std::array<Row, CAPACITY> m_Rows;
+		std::array<Row, SEGMENT_SLOTS> m_Rows;
 	};
+	static constexpr size_t SEGMENT_BYTES = sizeof( Segment );
 
 	// Makes the empty ring of a new record; its index is the number of records before. With bAdvanced it takes part in
 	// the present interval.
@@ -48,14 +56,20 @@ public:
 		if ( m_Births[nRecord] == m_nInterval )
 			return;
 		const uint32_t nBlock = nRecord / BLOCK_RECORDS;
-		if ( nRecord % BLOCK_RECORDS == 0 )
-			FetchRow( nBlock + FETCH_AHEAD );
-		Row &row = m_Blocks[nBlock]->m_Rows[m_nHead];
+		std::vector<Segment *> &segments = m_Segments[m_nHead / SEGMENT_SLOTS];
+		if ( nBlock >= segments.size() || !segments[nBlock] )
+		{
+			if ( sample == MiniProfilerSample{} ) // which the slot holds as it is
+				return;
+			MakeSegment( nBlock );
+		}
+		Row &row = segments[nBlock]->m_Rows[m_nHead % SEGMENT_SLOTS];
 		row.m_Ticks[nRecord % BLOCK_RECORDS] = sample.m_nTicks;
 		row.m_Calls[nRecord % BLOCK_RECORDS] = sample.m_nCalls;
 	}
 
 	uint32_t RecordCount() const { return static_cast<uint32_t>( m_Births.size() ); }
+	uint32_t BlockCount() const { return ( RecordCount() + BLOCK_RECORDS - 1 ) / BLOCK_RECORDS; }
 	uint32_t Count( uint32_t nRecord ) const // samples, at most CAPACITY
 	{
 		const uint64_t nIntervals = m_nInterval - m_Births[nRecord];
@@ -63,24 +77,27 @@ public:
 	}
 	MiniProfilerSample At( uint32_t nRecord, uint32_t nAge ) const; // 0 is the newest; nAge < Count
 
-	const Block &BlockAt( uint32_t nBlock ) const { return *m_Blocks[nBlock]; }
-	uint32_t Slot( uint32_t nAge ) const { return ( m_nHead + nAge ) % CAPACITY; }
+	// A block's newest samples, from the newest on, in one piece: at most CAPACITY rows.
+	void CopyNewest( uint32_t nBlock, std::span<Row> rows ) const;
+
+	// Null as long as no sample of the block has fallen into it. nSegment < SEGMENTS.
+	const Segment *SegmentAt( uint32_t nBlock, uint32_t nSegment ) const
+	{
+		const std::vector<Segment *> &segments = m_Segments[nSegment];
+		return nBlock < segments.size() ? segments[nBlock] : nullptr;
+	}
 
 	void Clear();
 
 private:
-	// A row was last touched 128 intervals ago: neighbours that a chunk is about to fill are fetched beforehand.
-	static constexpr uint32_t FETCH_AHEAD = 8;
-	void FetchRow( uint32_t nBlock ) const
-	{
-		if ( nBlock >= m_Blocks.size() )
-			return;
-		const Row &row = m_Blocks[nBlock]->m_Rows[m_nHead];
-		__builtin_prefetch( &row.m_Ticks, 1 );
-		__builtin_prefetch( &row.m_Calls, 1 );
-	}
+	void MakeSegment( uint32_t nBlock ); // of the newest slot
 
-	std::vector<std::unique_ptr<Block>> m_Blocks;
+	// Segments are made by the batch: one by one they would take half as much again for their alignment.
+	static constexpr size_t BATCH_SEGMENTS = 128;
+	std::vector<std::unique_ptr<Segment[]>> m_Batches;
+	size_t m_nBatchUsed = BATCH_SEGMENTS; // of the last one
+
+	std::array<std::vector<Segment *>, SEGMENTS> m_Segments; // by slot, then by block as far as there are any
 	std::vector<uint64_t> m_Births; // the interval before the first one that a record took part in
 	uint64_t m_nInterval = 1;
 	uint32_t m_nHead = 0;

@@ -1,6 +1,7 @@
 #include "miniprofiler/miniprofilerstatistics.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -101,39 +102,39 @@ struct LaneStatistics
 		Lanes m_CallSamples{};        // how many these are
 	};
 
+	using Rows = std::span<const CMiniProfilerHistory::Row>; // of a block, the newest first
+
 	struct LaneReader
 	{
-		const CMiniProfilerHistory &m_History;
-		const CMiniProfilerHistory::Block &m_Block;
+		Rows m_Rows;
 		uint32_t m_nLane; // in the block
 
-		const CMiniProfilerHistory::Row &RowAt( uint32_t nAge ) const { return m_Block.m_Rows[m_History.Slot( nAge )]; }
-		INLINED Lanes Ticks( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Ticks[m_nLane] ); }
-		INLINED Lanes Calls( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Calls[m_nLane] ); }
+		INLINED Lanes Ticks( uint32_t nAge ) const { return ToDouble( &m_Rows[nAge].m_Ticks[m_nLane] ); }
+		INLINED Lanes Calls( uint32_t nAge ) const { return ToDouble( &m_Rows[nAge].m_Calls[m_nLane] ); }
 		INLINED Lanes PerCall( uint32_t nAge ) const { return Ticks( nAge ) / Larger( Calls( nAge ), Lanes{} + 1.0 ); }
 	};
 
 	// The newest sample; per call the newest one that has calls.
-	INLINED static void ChoosePivots( const LaneReader &reader, uint32_t nSamples, LaneSums &sums )
+	INLINED static void ChoosePivots( const LaneReader &reader, LaneSums &sums )
 	{
 		sums.m_TickDistances.m_Pivot = reader.Ticks( 0 );
 		sums.m_CallDistances.m_Pivot = reader.Calls( 0 );
 		for ( uint32_t j = 0; j < LANES; j++ )
 		{
 			uint32_t nAge = 0;
-			while ( nAge + 1 < nSamples && reader.RowAt( nAge ).m_Calls[reader.m_nLane + j] == 0 )
+			while ( nAge + 1 < reader.m_Rows.size() && reader.m_Rows[nAge].m_Calls[reader.m_nLane + j] == 0 )
 				nAge++;
 			sums.m_PerCallDistances.m_Pivot[j] = reader.PerCall( nAge )[j];
 		}
 	}
 
 	// Slots that a young record has not reached hold 0: they change no sum and no peak, but have no distance either.
-	INLINED static void SumLanes( const LaneReader &reader, uint32_t nSamples, Lanes counts, LaneSums &sums )
+	INLINED static void SumLanes( const LaneReader &reader, Lanes counts, LaneSums &sums )
 	{
-		ChoosePivots( reader, nSamples, sums );
+		ChoosePivots( reader, sums );
 		LaneSums local = sums; // whose parts may live in registers
 		Lanes age{};
-		for ( uint32_t i = 0; i < nSamples; i++ )
+		for ( uint32_t i = 0; i < reader.m_Rows.size(); i++ )
 		{
 			const Lanes ticks = reader.Ticks( i );
 			const Lanes calls = reader.Calls( i );
@@ -180,35 +181,44 @@ struct LaneStatistics
 				sums.m_PerCallDistances.Deviation( nLane, sums.m_CallSamples[nLane], flPerCall ) );
 	}
 
+	// Of LANES records, which have at most as many samples as there are rows.
 	INLINED static void ComputeLanes( const CMiniProfilerHistory &history,
-		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, uint32_t nFirst, bool bPeaks )
+		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, Rows rows, bool bPeaks )
 	{
-		const uint32_t nRecords = std::min( LANES, static_cast<uint32_t>( records.size() ) - nFirst );
+		const auto nRecords = std::min( LANES, static_cast<uint32_t>( records.size() ) );
 		Lanes counts{};
-		uint32_t nSamples = 0;
 		for ( uint32_t j = 0; j < nRecords; j++ )
-		{
-			counts[j] = history.Count( nFirst + j );
-			nSamples = std::max( nSamples, history.Count( nFirst + j ) );
-		}
-		if ( nSamples == 0 )
-			return;
+			counts[j] = history.Count( records[j]->HistoryIndex() );
 
-		constexpr uint32_t BLOCK_RECORDS = CMiniProfilerHistory::BLOCK_RECORDS;
-		static_assert( BLOCK_RECORDS % LANES == 0 );
-		const LaneReader reader{ history, history.BlockAt( nFirst / BLOCK_RECORDS ), nFirst % BLOCK_RECORDS };
+		const LaneReader reader{ rows, records[0]->HistoryIndex() % CMiniProfilerHistory::BLOCK_RECORDS };
 		LaneSums sums;
-		SumLanes( reader, nSamples, counts, sums );
+		SumLanes( reader, counts, sums );
 		for ( uint32_t j = 0; j < nRecords; j++ )
 			if ( counts[j] > 0.0 )
-				StoreStatistics( *records[nFirst + j], reader, j, sums, counts[j], bPeaks );
+				StoreStatistics( *records[j], reader, j, sums, counts[j], bPeaks );
 	}
 
 	INLINED static void Compute( const CMiniProfilerHistory &history,
 		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks )
 	{
-		for ( uint32_t nFirst = 0; nFirst < records.size(); nFirst += LANES )
-			ComputeLanes( history, records, nFirst, bPeaks );
+		constexpr uint32_t BLOCK_RECORDS = CMiniProfilerHistory::BLOCK_RECORDS;
+		static_assert( BLOCK_RECORDS % LANES == 0 );
+		std::array<CMiniProfilerHistory::Row, CMiniProfilerHistory::CAPACITY> block;
+		for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
+		{
+			const auto members =
+				records.subspan( nBlock * BLOCK_RECORDS )
+					.first( std::min<size_t>( BLOCK_RECORDS, records.size() - nBlock * BLOCK_RECORDS ) );
+			uint32_t nSamples = 0;
+			for ( const auto &pRecord : members )
+				nSamples = std::max( nSamples, history.Count( pRecord->HistoryIndex() ) );
+			if ( nSamples == 0 )
+				continue;
+			const std::span rows( block.data(), nSamples );
+			history.CopyNewest( nBlock, rows );
+			for ( size_t nFirst = 0; nFirst < members.size(); nFirst += LANES )
+				ComputeLanes( history, members.subspan( nFirst ), rows, bPeaks );
+		}
 	}
 };
 

@@ -26,7 +26,23 @@ void *operator new( size_t nBytes, const std::nothrow_t & ) noexcept
 	g_nAllocations++;
 	return std::malloc( nBytes );
 }
+void *operator new( size_t nBytes, std::align_val_t alignment )
+{
+	g_nAllocations++;
+	const auto nAlignment = static_cast<size_t>( alignment );
+	if ( void *pBlock = std::aligned_alloc( nAlignment, ( nBytes + nAlignment - 1 ) / nAlignment * nAlignment ) )
+		return pBlock;
+	throw std::bad_alloc();
+}
 void operator delete( void *pBlock ) noexcept
+{
+	std::free( pBlock );
+}
+void operator delete( void *pBlock, std::align_val_t ) noexcept
+{
+	std::free( pBlock );
+}
+void operator delete( void *pBlock, size_t, std::align_val_t ) noexcept
 {
 	std::free( pBlock );
 }
@@ -332,19 +348,30 @@ TEST_F( MiniProfilerDecoder, UnknownKindsAreSkipped )
 	EXPECT_EQ( m_Model.Records().size(), 1u );
 }
 
-TEST_F( MiniProfilerDecoder, KnownRecordsAllocateNothing )
+TEST_F( MiniProfilerDecoder, KnownRecordsAllocateNothingButTheirRings )
 {
-	CFrameBuilder frame;
+	constexpr uint64_t RECORDS = 100;
+	CFrameBuilder frame, bare;
 	frame.BeginData( true );
-	for ( uint64_t nId = 1; nId <= 100; nId++ )
+	bare.BeginData( false );
+	for ( uint64_t nId = 1; nId <= RECORDS; nId++ )
+	{
 		frame.Entry( nId * 64, 64, nId, 1 );
+		bare.Entry( nId * 64, 64 );
+	}
 	frame.End();
-	const size_t nBefore = g_nAllocations;
-	Decode( frame );
-	const size_t nNew = g_nAllocations;
-	Decode( frame );
-	EXPECT_GT( nNew, nBefore + 100 ); // so the count counts
-	EXPECT_EQ( g_nAllocations, nNew );
-	EXPECT_EQ( m_Model.Records().size(), 100u );
+	bare.End();
+	const auto Allocations = [this]( const CFrameBuilder &chunk, int nTimes )
+	{
+		const size_t nBefore = g_nAllocations;
+		for ( int i = 0; i < nTimes; i++ )
+			Decode( chunk );
+		return g_nAllocations - nBefore;
+	};
+	EXPECT_GT( Allocations( bare, 1 ), RECORDS ); // new ones; so the count counts
+	EXPECT_EQ( Allocations( bare, 1000 ), 0u );   // no samples, no rings
+	EXPECT_GT( Allocations( frame, 128 ), 0u );
+	EXPECT_EQ( Allocations( frame, 1000 ), 0u ); // every slot was filled once
+	EXPECT_EQ( m_Model.Records().size(), RECORDS );
 }
 } // namespace

@@ -46,6 +46,49 @@ TEST( MiniProfilerHistory, ASampleWithoutASlotIsDropped )
 	}
 }
 
+// Of all blocks' segments, how many there are.
+uint32_t SegmentCount( const CMiniProfilerHistory &history )
+{
+	uint32_t nCount = 0;
+	for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
+		for ( uint32_t nSegment = 0; nSegment < CMiniProfilerHistory::SEGMENTS; nSegment++ )
+			nCount += history.SegmentAt( nBlock, nSegment ) != nullptr;
+	return nCount;
+}
+
+TEST( MiniProfilerHistory, RoomIsMadeWithTheFirstSampleThatNeedsIt )
+{
+	CMiniProfilerHistory history;
+	for ( int i = 0; i < 24; i++ ) // three blocks
+		history.Add( true );
+	for ( int i = 0; i < 1000; i++ )
+		history.Advance();
+	EXPECT_EQ( SegmentCount( history ), 0u );
+	EXPECT_EQ( history.At( 0, 100 ), MiniProfilerSample{} );
+	history.SetNewest( 20, {} );
+	EXPECT_EQ( SegmentCount( history ), 0u ); // a slot is 0 as it is
+	history.SetNewest( 20, { 1, 1 } );
+	EXPECT_EQ( SegmentCount( history ), 1u );
+	history.SetNewest( 23, { 2, 2 } ); // a neighbour
+	EXPECT_EQ( SegmentCount( history ), 1u );
+	history.SetNewest( 0, { 3, 3 } );
+	EXPECT_EQ( SegmentCount( history ), 2u );
+	for ( int i = 0; i < 1000; i++ )
+	{
+		history.Advance();
+		history.SetNewest( 8, { 4, 4 } );
+	}
+	EXPECT_EQ( SegmentCount( history ), 2u + CMiniProfilerHistory::SEGMENTS );
+	history.Clear();
+	history.Add( true );
+	EXPECT_EQ( SegmentCount( history ), 0u );
+}
+
+TEST( MiniProfilerHistory, ASampleMakesNoMoreThan16BytesForEachByteOfItsEntry )
+{
+	EXPECT_LE( CMiniProfilerHistory::SEGMENT_BYTES, 16u * 36 );
+}
+
 // The dumb model: a deque of 128 slots per record that really moves.
 TEST( MiniProfilerHistory, BehavesLikeADequePerRecord )
 {
@@ -92,11 +135,19 @@ TEST( MiniProfilerHistory, BehavesLikeADequePerRecord )
 				model[nRecord].m_Slots.front() = sample;
 		}
 	}
+	std::vector<CMiniProfilerHistory::Row> rows( CMiniProfilerHistory::CAPACITY );
 	for ( uint32_t i = 0; i < model.size(); i++ )
 	{
 		ASSERT_EQ( history.Count( i ), model[i].m_nCount );
+		history.CopyNewest( i / CMiniProfilerHistory::BLOCK_RECORDS, rows );
 		for ( uint32_t nAge = 0; nAge < model[i].m_nCount; nAge++ )
-			ASSERT_EQ( history.At( i, nAge ), model[i].m_Slots[nAge] ) << "record " << i << ", age " << nAge;
+		{
+			SCOPED_TRACE( testing::Message() << "record " << i << ", age " << nAge );
+			const uint32_t nLane = i % CMiniProfilerHistory::BLOCK_RECORDS;
+			ASSERT_EQ( history.At( i, nAge ), model[i].m_Slots[nAge] );
+			ASSERT_EQ( rows[nAge].m_Ticks[nLane], model[i].m_Slots[nAge].m_nTicks );
+			ASSERT_EQ( rows[nAge].m_Calls[nLane], model[i].m_Slots[nAge].m_nCalls );
+		}
 	}
 }
 
