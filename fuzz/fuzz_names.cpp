@@ -153,8 +153,16 @@ void CompareRecord( CQMiniProfilerRecord &record, const SlowName &expected )
 	Require( record.Description() == Converted( expected.m_Description ), "the description" );
 	const auto lines = expected.Lines();
 	Require( record.LineCount() == lines.size(), "the number of lines" );
-	for ( size_t i = 0; i < lines.size(); i++ )
-		Require( record.Line( i ) == lines[i], "a line" );
+	for ( size_t i = 0; i < CMiniProfilerDescription::KNOWN_LINES; i++ )
+		Require( record.Line( i ) == ( i < lines.size() ? lines[i] : std::string() ), "a known line" );
+	size_t nLine = 0;
+	record.HasLine(
+		[&]( std::string_view line )
+		{
+			Require( line == lines.at( nLine++ ), "a line" );
+			return false;
+		} );
+	Require( nLine == lines.size(), "lines without end" );
 	Require( record.HasFlag( MINIPROFILER_ROW_DUPLICATE ) == expected.m_bDuplicate, "whether the name is another's" );
 	Require( ( record.m_pStaticParent ? record.m_pStaticParent->Id() : 0 ) == expected.m_nParent, "the static parent" );
 	CheckShown( ShownText( record.Name(), MINIPROFILER_MAX_DRAWN_NAME ), MINIPROFILER_MAX_DRAWN_NAME );

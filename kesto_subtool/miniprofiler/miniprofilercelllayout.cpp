@@ -219,7 +219,7 @@ QString Annotation( const CQMiniProfilerRecord &record )
 		return record.m_pCaller ? record.m_pCaller->Name() : QString();
 	// No more than can be drawn, of characters that have four bytes at most.
 	const std::string_view project =
-		record.Line( CQMiniProfilerRecord::LINE_PROJECT ).substr( 0, 4 * ( MAX_DRAWN_ANNOTATION + 1 ) );
+		record.Line( CMiniProfilerDescription::LINE_PROJECT ).substr( 0, 4 * ( MAX_DRAWN_ANNOTATION + 1 ) );
 	return QString::fromUtf8( project.data(), static_cast<int>( project.size() ) );
 }
 

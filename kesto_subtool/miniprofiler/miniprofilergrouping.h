@@ -1,6 +1,9 @@
 // Under which groups a record is filed, and under which row it hangs. Functions of texts and rows; nothing is changed.
 #pragma once
 
+#include <QHash>
+#include <QString>
+#include <QStringView>
 #include <functional>
 #include <string_view>
 
@@ -39,6 +42,22 @@ constexpr size_t MINIPROFILER_MAX_RECORD_LEVELS = 256;
 // MINIPROFILER_MAX_PATH_LEVELS groups has the rest of the path as its name.
 void SplitMiniProfilerPath(
 	std::string_view path, const std::function<void( std::string_view key, std::string_view name )> &found );
+
+// What a group is found by: the beginning of a text. The groups of one path share its text, which would otherwise be
+// kept once for every level.
+struct MiniProfilerGroupKey
+{
+	QString m_Text;
+	int m_nLength = 0; // 0 <= m_nLength <= m_Text.size()
+
+	QStringView View() const { return QStringView( m_Text ).left( m_nLength ); }
+
+	friend bool operator==( const MiniProfilerGroupKey &a, const MiniProfilerGroupKey &b )
+	{
+		return a.View() == b.View();
+	}
+	friend uint qHash( const MiniProfilerGroupKey &key, uint nSeed = 0 ) { return qHash( key.View(), nSeed ); }
+};
 
 // How many leading bytes two texts share. Not in the middle of a UTF-8 character.
 size_t CommonPrefixLength( std::string_view a, std::string_view b );

@@ -14,16 +14,23 @@ QString ToText( std::string_view text )
 }
 } // namespace
 
+size_t CMiniProfilerModel::MaxGroups() const
+{
+	return std::min( MAX_GROUPS, FREE_GROUPS + m_nDescriptionBytes / DESCRIPTION_BYTES_PER_GROUP );
+}
+
 CMiniProfilerGroup *CMiniProfilerModel::FindOrCreateGroup(
-	const QString &key, const QString &name, CMiniProfilerGroup *pParent )
+	const MiniProfilerGroupKey &key, const QString &name, CMiniProfilerGroup *pParent )
 {
 	if ( CMiniProfilerGroup *pGroup = m_GroupMap.value( key ) )
 		return pGroup;
-	if ( m_Groups.size() >= MAX_GROUPS )
+	if ( m_Groups.size() >= MaxGroups() )
 	{
 		if ( !std::exchange( m_bGroupsFull, true ) )
 			Warning(
-				"More than %zu groups of mini-profilers: none are added until the grouping changes\n", MAX_GROUPS );
+				"More than %zu groups of mini-profilers: none are added until the grouping changes or more is known "
+				"of them\n",
+				m_Groups.size() );
 		return nullptr;
 	}
 	m_Groups.push_back(
@@ -40,11 +47,13 @@ CMiniProfilerGroup *CMiniProfilerModel::FindOrCreateGroup(
 CMiniProfilerGroup *CMiniProfilerModel::PathGroup( std::string_view path, CMiniProfilerGroup *pParent )
 {
 	CMiniProfilerGroup *pGroup = nullptr;
+	MiniProfilerGroupKey key{ ToText( path ) };
 	SplitMiniProfilerPath( path,
-		[&]( std::string_view key, std::string_view name )
+		[&]( std::string_view, std::string_view component )
 		{
-			if ( CMiniProfilerGroup *pFound =
-					 FindOrCreateGroup( ToText( key ), ToText( name ), pGroup ? pGroup : pParent ) )
+			const QString name = ToText( component );
+			key.m_nLength += name.size();
+			if ( CMiniProfilerGroup *pFound = FindOrCreateGroup( key, name, pGroup ? pGroup : pParent ) )
 				pGroup = pFound;
 		} );
 	return pGroup;
@@ -52,13 +61,13 @@ CMiniProfilerGroup *CMiniProfilerModel::PathGroup( std::string_view path, CMiniP
 
 CMiniProfilerGroup *CMiniProfilerModel::BudgetGroup( const CQMiniProfilerRecord &record )
 {
-	const QString budget = ToText( record.Line( CQMiniProfilerRecord::LINE_BUDGET ) );
-	return budget.isEmpty() ? nullptr : FindOrCreateGroup( budget, budget, nullptr );
+	const QString budget = ToText( record.Line( CMiniProfilerDescription::LINE_BUDGET ) );
+	return budget.isEmpty() ? nullptr : FindOrCreateGroup( { budget, budget.size() }, budget, nullptr );
 }
 
 CMiniProfilerGroup *CMiniProfilerModel::GroupOf( const CQMiniProfilerRecord &record )
 {
-	const std::string_view file = record.Line( CQMiniProfilerRecord::LINE_FILE );
+	const std::string_view file = record.Line( CMiniProfilerDescription::LINE_FILE );
 	switch ( m_GroupMode )
 	{
 		case MiniProfilerGroupMode::None:
@@ -70,9 +79,9 @@ CMiniProfilerGroup *CMiniProfilerModel::GroupOf( const CQMiniProfilerRecord &rec
 		case MiniProfilerGroupMode::BudgetAndFile:
 			return PathGroup( WithoutCommonPrefix( file, m_CommonPrefix ), BudgetGroup( record ) );
 		case MiniProfilerGroupMode::Function:
-			return PathGroup( record.Line( CQMiniProfilerRecord::LINE_FUNCTION ), nullptr );
+			return PathGroup( record.Line( CMiniProfilerDescription::LINE_FUNCTION ), nullptr );
 		case MiniProfilerGroupMode::Project:
-			return PathGroup( record.Line( CQMiniProfilerRecord::LINE_PROJECT ), nullptr );
+			return PathGroup( record.Line( CMiniProfilerDescription::LINE_PROJECT ), nullptr );
 	}
 	return nullptr;
 }

@@ -53,16 +53,18 @@ void CMiniProfilerModel::SetRecordName(
 	ReleaseName( record );
 	record.SetName( QString::fromUtf8( name.data(), static_cast<int>( name.size() ) ) );
 	NoteChange( record );
+	m_nDescriptionBytes -= record.DescriptionSize();
 	record.SetDescription( description );
+	m_nDescriptionBytes += record.DescriptionSize();
 
-	const std::string_view budget = record.Line( CQMiniProfilerRecord::LINE_BUDGET );
+	const std::string_view budget = record.Line( CMiniProfilerDescription::LINE_BUDGET );
 	const auto colour =
 		m_BudgetColours.constFind( QString::fromUtf8( budget.data(), static_cast<int>( budget.size() ) ) );
-	if ( record.LineCount() > CQMiniProfilerRecord::LINE_BUDGET && colour != m_BudgetColours.constEnd() )
+	if ( record.LineCount() > CMiniProfilerDescription::LINE_BUDGET && colour != m_BudgetColours.constEnd() )
 		record.SetBudgetColour( *colour );
 	NoteDuplicateName( record );
 
-	if ( const std::string_view file = record.Line( CQMiniProfilerRecord::LINE_FILE ); !file.empty() )
+	if ( const std::string_view file = record.Line( CMiniProfilerDescription::LINE_FILE ); !file.empty() )
 	{
 		if ( m_CommonPrefix.empty() )
 			m_CommonPrefix = file;
@@ -116,6 +118,7 @@ void CMiniProfilerModel::Clear()
 	m_GroupMap.clear();
 	m_CommonPrefix.clear();
 	m_Records.clear();
+	m_nDescriptionBytes = 0;
 	m_Groups.clear();
 	m_bGroupsFull = false;
 	m_bNested = false;

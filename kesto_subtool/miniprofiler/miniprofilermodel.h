@@ -25,9 +25,13 @@ public:
 	// Records that are kept at most; ids beyond are ignored until Clear.
 	static constexpr size_t MAX_RECORDS = 131072;
 
-	// Groups at most: beyond them a record is filed under the innermost group that there is. Names of budgets whose
-	// colours are kept at most.
+	// Groups at most; fewer as long as little is known of the records, whose descriptions they are made from: memory
+	// must not outgrow what was sent. Beyond them a record is filed under the innermost group that there is.
 	static constexpr size_t MAX_GROUPS = 131072;
+	static constexpr size_t FREE_GROUPS = 8192;
+	static constexpr size_t DESCRIPTION_BYTES_PER_GROUP = 40; // for each further one
+
+	// Names of budgets whose colours are kept at most.
 	static constexpr int MAX_BUDGET_COLOURS = 65536;
 
 	// nTicksPerSecond (> 0) counts until an engine tells its own.
@@ -63,7 +67,7 @@ public:
 	std::span<const std::unique_ptr<CQMiniProfilerRecord>> Records() const { return m_Records; }
 	std::span<const std::unique_ptr<CMiniProfilerGroup>> Groups() const { return m_Groups; }
 	const CMiniProfilerHistory &History() const { return m_History; }
-	const CMiniProfilerGroup *FindGroup( const QString &key ) const { return m_GroupMap.value( key ); }
+	const CMiniProfilerGroup *FindGroup( const QString &key ) const { return m_GroupMap.value( { key, key.size() } ); }
 
 	// The record of the profiler system's own cost, id 0: made when it is first asked for. It is in no list.
 	CQMiniProfilerRecord &CostRecord();
@@ -121,7 +125,9 @@ private:
 	void SetCaller( uint32_t nRecord, uint64_t nCallerId );
 	void ReleaseName( const CQMiniProfilerRecord &record );
 	void NoteDuplicateName( CQMiniProfilerRecord &record );
-	CMiniProfilerGroup *FindOrCreateGroup( const QString &key, const QString &name, CMiniProfilerGroup *pParent );
+	size_t MaxGroups() const;
+	CMiniProfilerGroup *FindOrCreateGroup(
+		const MiniProfilerGroupKey &key, const QString &name, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *PathGroup( std::string_view path, CMiniProfilerGroup *pParent );
 	CMiniProfilerGroup *BudgetGroup( const CQMiniProfilerRecord &record );
 	CMiniProfilerGroup *GroupOf( const CQMiniProfilerRecord &record );
@@ -147,8 +153,10 @@ private:
 	std::vector<uint64_t> m_WantedIds;
 	tsl::robin_set<uint64_t, IdHash> m_IgnoredIds;
 
+	size_t m_nDescriptionBytes = 0; // of all records
+
 	std::vector<std::unique_ptr<CMiniProfilerGroup>> m_Groups; // parents before their children
-	QHash<QString, CMiniProfilerGroup *> m_GroupMap;
+	QHash<MiniProfilerGroupKey, CMiniProfilerGroup *> m_GroupMap;
 
 	// Who has a name. Once the first one has been given another name, all that are left are known duplicates.
 	struct NameUse

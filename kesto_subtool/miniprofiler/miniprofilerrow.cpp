@@ -1,9 +1,9 @@
 #include "miniprofiler/miniprofilerrow.h"
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <new>
+
+#include "text/showntext.h"
 
 namespace
 {
@@ -36,12 +36,15 @@ int QMetaTypeId<CMiniProfilerRow *>::qt_metatype_id()
 	return s_Type.m_nId;
 }
 
-#include "text/showntext.h"
+struct CMiniProfilerRow::LaidOutText
+{
+	QStaticText m_Text;
+	QFont m_Font;
+};
 
 CMiniProfilerRow::CMiniProfilerRow( MiniProfilerRowFlag kind )
 	: m_nFlags( kind )
 {
-	m_StaticName.setTextFormat( Qt::PlainText ); // a name like "<lambda>" is no markup
 }
 
 CMiniProfilerRow::~CMiniProfilerRow() = default;
@@ -50,20 +53,20 @@ void CMiniProfilerRow::SetName( const QString &name )
 {
 	m_Name = name;
 	m_bNamed = true;
-	m_StaticName.setText( ShownText( name, MINIPROFILER_MAX_DRAWN_NAME ) );
-	m_bNameLaidOut = false;
+	m_pLaidOutName.reset();
 	m_nChanges |= MINIPROFILER_ROW_RENAMED;
 }
 
 const QStaticText &CMiniProfilerRow::LaidOutName( const QFont &font )
 {
-	if ( !m_bNameLaidOut || m_NameFont != font )
+	if ( !m_pLaidOutName || m_pLaidOutName->m_Font != font )
 	{
-		m_StaticName.prepare( QTransform(), font );
-		m_NameFont = font;
-		m_bNameLaidOut = true;
+		QStaticText text( ShownText( m_Name, MINIPROFILER_MAX_DRAWN_NAME ) );
+		text.setTextFormat( Qt::PlainText ); // a name like "<lambda>" is no markup
+		text.prepare( QTransform(), font );
+		m_pLaidOutName = std::make_unique<LaidOutText>( LaidOutText{ text, font } );
 	}
-	return m_StaticName;
+	return m_pLaidOutName->m_Text;
 }
 
 void CMiniProfilerRow::SetFlag( MiniProfilerRowFlag flag, bool bOn )
@@ -102,36 +105,15 @@ CQMiniProfilerRecord::CQMiniProfilerRecord( uint64_t nId, uint32_t nHistoryIndex
 
 void CQMiniProfilerRecord::SetDescription( std::string_view description )
 {
-	m_WholeDescription = QString::fromUtf8( description.data(), static_cast<int>( description.size() ) );
-	m_pDescription = std::make_unique<char[]>( description.size() + 1 );
-	std::copy( description.begin(), description.end(), m_pDescription.get() );
-
-	m_Lines.clear();
-	m_Lines.reserve( static_cast<size_t>( std::count( description.begin(), description.end(), '\n' ) ) );
-	char *pStart = m_pDescription.get();
-	while ( char *pEnd = std::strchr( pStart, '\n' ) )
-	{
-		*pEnd = '\0';
-		m_Lines.emplace_back( pStart, pEnd );
-		pStart = pEnd + 1;
-	}
-
-	if ( m_Lines.size() > LINE_FILE )
-	{
-		char *pFile = m_pDescription.get() + ( m_Lines[LINE_FILE].data() - m_pDescription.get() );
-		for ( ; *pFile; pFile++ )
-		{
-			if ( *pFile >= 'A' && *pFile <= 'Z' )
-				*pFile = static_cast<char>( *pFile - 'A' + 'a' );
-			else if ( *pFile == '\\' )
-				*pFile = '/';
-		}
-	}
+	m_pDescription = description.empty() ? nullptr : std::make_unique<CMiniProfilerDescription>( description );
 }
 
-std::string_view CQMiniProfilerRecord::Line( size_t nIndex ) const
+QString CQMiniProfilerRecord::Description() const
 {
-	return nIndex < m_Lines.size() ? m_Lines[nIndex] : std::string_view();
+	if ( !m_pDescription )
+		return {};
+	const std::string_view text = m_pDescription->Text();
+	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
 }
 
 CMiniProfilerGroup::CMiniProfilerGroup( const QString &name, CMiniProfilerGroup *pParent, int32_t nIndex )

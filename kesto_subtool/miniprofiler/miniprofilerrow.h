@@ -7,12 +7,12 @@
 #include <QStaticText>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <memory>
-#include <span>
 #include <string_view>
-#include <vector>
 
 #include "miniprofiler/miniprofilercolumns.h"
+#include "miniprofiler/miniprofilerdescription.h"
 
 class CMiniProfilerGroup;
 class CQMiniProfilerRowItem;
@@ -47,7 +47,8 @@ public:
 	const QString &Name() const { return m_Name; }
 	bool IsNamed() const { return m_bNamed; } // by SetName, maybe with an empty name
 
-	// The name as it is drawn, laid out once for each font, so that its size is right before it is first drawn.
+	// The name as it is drawn, laid out when it is first asked for in a font, so that its size is right before it is
+	// drawn. Valid until the next call and the next SetName.
 	const QStaticText &LaidOutName( const QFont &font );
 	void SetName( const QString &name );
 
@@ -77,9 +78,10 @@ private:
 	uint32_t m_nFlags;
 	bool m_bNamed = false;
 	QString m_Name;
-	QStaticText m_StaticName;
-	QFont m_NameFont; // that the name is laid out in
-	bool m_bNameLaidOut = false;
+
+	// Most rows are never seen, and a text that is laid out is larger than the rest of a row.
+	struct LaidOutText;
+	std::unique_ptr<LaidOutText> m_pLaidOutName;
 };
 
 // What Q_DECLARE_METATYPE would say, but that a type which it declares can never be taken back: the toolkit would go on
@@ -103,19 +105,21 @@ public:
 	uint64_t Id() const { return m_nId; } // the scope's address in the engine
 	uint32_t HistoryIndex() const { return m_nHistoryIndex; }
 
-	// Keeps a copy and cuts it at every line feed; text behind the last one is no line. Line 2, the source file, gets
-	// lower-case ASCII letters and slashes in place of backslashes when it is there.
+	// Empty until it is set.
 	void SetDescription( std::string_view description );
+	QString Description() const;                                                                  // as it came
+	size_t DescriptionSize() const { return m_pDescription ? m_pDescription->Text().size() : 0; } // bytes
 
-	const QString &Description() const { return m_WholeDescription; } // as it came
-	size_t LineCount() const { return m_Lines.size(); }
-	std::string_view Line( size_t nIndex ) const; // UTF-8; empty for a missing line
-
-	// What the lines mean; the fourth line has no use here.
-	static constexpr size_t LINE_BUDGET = 0;
-	static constexpr size_t LINE_FUNCTION = 1;
-	static constexpr size_t LINE_FILE = 2;
-	static constexpr size_t LINE_PROJECT = 4;
+	// As CMiniProfilerDescription has them.
+	size_t LineCount() const { return m_pDescription ? m_pDescription->LineCount() : 0; }
+	std::string_view Line( size_t nIndex ) const
+	{
+		return m_pDescription ? m_pDescription->Line( nIndex ) : std::string_view();
+	}
+	bool HasLine( const std::function<bool( std::string_view )> &matches ) const
+	{
+		return m_pDescription && m_pDescription->HasLine( matches );
+	}
 
 	CQMiniProfilerRecord *m_pStaticParent = nullptr; // from the name stream
 	CQMiniProfilerRecord *m_pCaller = nullptr;       // from the latest interval that had one
@@ -124,9 +128,7 @@ public:
 private:
 	uint64_t m_nId;
 	uint32_t m_nHistoryIndex;
-	QString m_WholeDescription;
-	std::unique_ptr<char[]> m_pDescription;
-	std::vector<std::string_view> m_Lines; // into m_pDescription
+	std::unique_ptr<CMiniProfilerDescription> m_pDescription; // null for an empty one
 };
 
 class CMiniProfilerGroup final : public CMiniProfilerRow

@@ -8,15 +8,9 @@ namespace
 bool DescriptionMatches( const CMiniProfilerRow &row, const CWildcardPattern &pattern )
 {
 	const CQMiniProfilerRecord *pRecord = AsRecord( &row );
-	if ( !pRecord )
-		return false;
-	for ( size_t i = 0; i < pRecord->LineCount(); i++ )
-	{
-		const std::string_view line = pRecord->Line( i );
-		if ( pattern.Matches( QString::fromUtf8( line.data(), static_cast<int>( line.size() ) ) ) )
-			return true;
-	}
-	return false;
+	return pRecord &&
+		   pRecord->HasLine( [&]( std::string_view line )
+			   { return pattern.Matches( QString::fromUtf8( line.data(), static_cast<int>( line.size() ) ) ); } );
 }
 } // namespace
 

@@ -325,30 +325,23 @@ void CQMiniProfilerTreeWidget::TakeItem( QTreeWidgetItem &item )
 	pParent->takeChild( pParent->indexOfChild( &item ) );
 }
 
-// Whole families at a time: the view is told once for each parent.
+// The top level last: what is put together outside the tree costs the view nothing.
 void CQMiniProfilerTreeWidget::InsertItems( const std::vector<CMiniProfilerRow *> &rows )
 {
-	QHash<const CMiniProfilerRow *, QList<QTreeWidgetItem *>> families;
-	std::vector<const CMiniProfilerRow *> parents; // in order of appearance
 	for ( const CMiniProfilerRow *pRow : rows )
-	{
-		QList<QTreeWidgetItem *> &family = families[pRow->m_pTreeParent];
-		if ( family.isEmpty() && pRow->m_pTreeParent )
-			parents.push_back( pRow->m_pTreeParent );
-		family.append( pRow->m_pItem );
-	}
-	// The top level last: what is put together outside the tree costs the view nothing.
-	for ( const CMiniProfilerRow *pParent : parents )
-		pParent->m_pItem->addChildren( families[pParent] );
-	invisibleRootItem()->addChildren( families[nullptr] );
+		if ( pRow->m_pTreeParent )
+			pRow->m_pTreeParent->m_pItem->addChild( pRow->m_pItem );
+	for ( const CMiniProfilerRow *pRow : rows )
+		if ( !pRow->m_pTreeParent )
+			addTopLevelItem( pRow->m_pItem );
 }
 
-void CQMiniProfilerTreeWidget::MoveSome( const Changes &changes )
+void CQMiniProfilerTreeWidget::MoveSome( Changes changes )
 {
 	for ( const CMiniProfilerRow *pRow : changes.m_Moved )
 		TakeItem( *pRow->m_pItem );
 	DeleteItems( changes.m_RemovedGroups );
-	std::vector<CMiniProfilerRow *> rows = changes.m_New;
+	std::vector<CMiniProfilerRow *> rows = std::move( changes.m_New );
 	rows.insert( rows.end(), changes.m_Moved.begin(), changes.m_Moved.end() );
 	InsertItems( rows );
 }
@@ -403,7 +396,7 @@ void CQMiniProfilerTreeWidget::Follow( CMiniProfilerModel &model )
 {
 	if ( !model.HasChanges() )
 		return;
-	const Changes changes = TakeChanges( model );
+	Changes changes = TakeChanges( model );
 	for ( const CMiniProfilerRow *pRow : changes.m_Renamed )
 		pRow->m_pItem->NotifyRenamed();
 
@@ -420,6 +413,6 @@ void CQMiniProfilerTreeWidget::Follow( CMiniProfilerModel &model )
 	if ( bAll )
 		MoveAll( changes, model );
 	else
-		MoveSome( changes );
+		MoveSome( std::move( changes ) );
 	RestorePlaces( places );
 }

@@ -82,7 +82,7 @@ private:
 	void RestorePlaces( PlacesKept &places );
 	void TakeItem( QTreeWidgetItem &item );
 	void InsertItems( const std::vector<CMiniProfilerRow *> &rows );
-	void MoveSome( const Changes &changes );
+	void MoveSome( Changes changes );
 	void MoveAll( const Changes &changes, const CMiniProfilerModel &model );
 	static void DeleteItems( const std::vector<std::unique_ptr<CMiniProfilerGroup>> &groups );
 	QItemSelection SelectionOf( const std::vector<CMiniProfilerRow *> &rows ) const;

@@ -141,6 +141,15 @@ TEST_F( MiniProfilerModel, TheCommonPrefixShrinksWithEverySourceFile )
 	EXPECT_EQ( m_Model.CommonPrefix(), "c:/src/" );
 }
 
+TEST_F( MiniProfilerModel, TheCommonPrefixBeginsAnewWhenNothingIsLeftOfIt )
+{
+	Name( 1, "a", Lines( "B", "f", "c:/a.cpp" ) );
+	Name( 2, "b", Lines( "B", "f", "/home/b.cpp" ) );
+	EXPECT_EQ( m_Model.CommonPrefix(), "" );
+	Name( 3, "c", Lines( "B", "f", "/home/c.cpp" ) );
+	EXPECT_EQ( m_Model.CommonPrefix(), "/home/c.cpp" );
+}
+
 TEST_F( MiniProfilerModel, GroupsByBudget )
 {
 	Name( 1, "a", Lines( "Physics", "f", "x" ) );
@@ -188,13 +197,19 @@ TEST_F( MiniProfilerModel, GroupsByProject )
 
 TEST_F( MiniProfilerModel, FileGroupsCanLieBelowTheirBudget )
 {
-	Name( 1, "a", Lines( "Physics", "f", "x/a" ) );
-	Name( 2, "b", Lines( "Audio", "f", "y/b" ) );
+	Name( 1, "a", Lines( "Physics", "f", "r/x/a" ) );
+	Name( 2, "b", Lines( "Audio", "f", "r/y/b" ) );
 	Name( 3, "c", Lines( "Audio", "f", "" ) );
 	Group( MiniProfilerGroupMode::BudgetAndFile );
 	EXPECT_EQ( m_Model.FindGroup( "x" )->Parent(), m_Model.FindGroup( "Physics" ) );
 	EXPECT_EQ( m_Model.FindGroup( "y/b" )->Parent(), m_Model.FindGroup( "y" ) );
 	EXPECT_EQ( m_Model.Records()[2]->m_pGroup, nullptr ); // no file: no group, not the budget's
+
+	// A group is where it was first needed, also for files of another budget.
+	Name( 4, "d", Lines( "Audio", "f", "r/x/d" ) );
+	m_Model.RebuildHierarchy();
+	EXPECT_EQ( m_Model.FindGroup( "x" )->Parent(), m_Model.FindGroup( "Physics" ) );
+	EXPECT_EQ( m_Model.FindGroup( "x/d" )->Parent(), m_Model.FindGroup( "x" ) );
 }
 
 TEST_F( MiniProfilerModel, AGroupNamedLikeABudgetTakesItsColour )
@@ -243,20 +258,36 @@ TEST_F( MiniProfilerModel, GroupsSumTheirMembersFromTheInnermostOut )
 
 TEST_F( MiniProfilerModel, BeyondTheLastGroupRecordsAreFiledUnderTheInnermostThereIs )
 {
-	constexpr int LEVELS = 64;
-	constexpr int RECORDS = CMiniProfilerModel::MAX_GROUPS / LEVELS + 1;
+	constexpr size_t LEVELS = 64;
+	constexpr size_t RECORDS = 200;
 	std::string inner;
-	for ( int i = 1; i < LEVELS; i++ )
+	for ( size_t i = 1; i < LEVELS; i++ )
 		inner += "::x";
-	for ( int i = 0; i < RECORDS; i++ )
-		Name( static_cast<uint64_t>( i + 1 ), "a", Lines( "B", "C" + std::to_string( i ) + inner, "x" ) );
-	CQMiniProfilerRecord &deep = Name( 1000000, "b", Lines( "B", "C0::x::y", "x" ) );
+	size_t nBytes = 0;
+	const auto Add = [&]( uint64_t nId, const std::string &function ) -> CQMiniProfilerRecord &
+	{
+		const std::string description = Lines( "B", function, "x" );
+		nBytes += description.size();
+		return Name( nId, "a", description );
+	};
+	for ( size_t i = 0; i < RECORDS; i++ )
+		Add( i + 1, "C" + std::to_string( i ) + inner );
+	CQMiniProfilerRecord &deep = Add( 1000000, "C0::x::y" );
 	CExpectWarnings warnings;
 	Group( MiniProfilerGroupMode::Function );
-	EXPECT_EQ( m_Model.Groups().size(), CMiniProfilerModel::MAX_GROUPS );
+	const size_t nMax = 8192 + nBytes / 40;
+	ASSERT_LT( nMax, RECORDS * LEVELS );
+	EXPECT_EQ( m_Model.Groups().size(), nMax );
 	EXPECT_EQ( m_Model.Records()[RECORDS - 1]->m_pGroup, nullptr );
 	EXPECT_EQ( deep.m_pGroup, m_Model.FindGroup( "C0::x" ) );
 	EXPECT_EQ( warnings.Take().size(), 1u );
+
+	// More is known of a record, and there is room for more groups.
+	Name( 1, "a", Lines( "B", "C0", std::string( 400, 'x' ) ) );
+	m_Model.RebuildHierarchy();
+	EXPECT_GT( m_Model.Groups().size(), nMax );
+	EXPECT_THAT( warnings.Take(), IsEmpty() );
+
 	Group( MiniProfilerGroupMode::Budget ); // makes room
 	EXPECT_EQ( GroupNames(), QStringList{ "B" } );
 	EXPECT_THAT( warnings.Take(), IsEmpty() );
