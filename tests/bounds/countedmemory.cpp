@@ -1,4 +1,4 @@
-#include "tests/bounds/countedmemory.h"
+#include "countedmemory.h"
 
 #include <malloc.h>
 

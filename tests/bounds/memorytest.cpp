@@ -11,9 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "memorybound.h"
 #include "recordings/kestomemoryreader.h"
 #include "recordings/noderows.h"
-#include "tests/bounds/countedmemory.h"
 #include "tests/recordings/recordingcorpus.h"
 #include "tests/recordings/recordingwriter.h"
 #include "tests/tools/kestorun.h"
@@ -22,21 +22,6 @@
 namespace
 {
 constexpr int32_t LAST_ID = 1048575;
-constexpr size_t SHORT = 100; // bytes
-
-int64_t LimitOf( size_t nBytes )
-{
-	constexpr int64_t MEBIBYTE = 1 << 20;
-	return nBytes <= SHORT ? 16 * MEBIBYTE : 64 * MEBIBYTE + 16 * static_cast<int64_t>( nBytes );
-}
-
-int64_t PeakOf( const std::function<void()> &work )
-{
-	const int64_t nBefore = countedmemory::Now();
-	countedmemory::ResetPeak();
-	work();
-	return countedmemory::Peak() - nBefore;
-}
 
 // Keeps nothing: what is printed does not count as what printing it takes.
 class CNowhere final : public std::streambuf
@@ -86,8 +71,8 @@ std::string ShowArguments( const std::vector<const char *> &arguments )
 void ExpectBounded( const CTestFolder &folder, const std::string &name, const std::vector<uint8_t> &bytes )
 {
 	SCOPED_TRACE( name );
-	const int64_t nLimit = LimitOf( bytes.size() );
-	EXPECT_LE( PeakOf(
+	const int64_t nLimit = MemoryBound( bytes.size() );
+	EXPECT_LE( PeakMemoryOf(
 				   [&]
 				   {
 					   CKestoMemoryReader reader( bytes );
@@ -97,7 +82,7 @@ void ExpectBounded( const CTestFolder &folder, const std::string &name, const st
 		nLimit );
 	const std::string path = folder.Write( "input", bytes );
 	for ( const std::vector<const char *> &arguments : CommandsOn( path.c_str() ) )
-		EXPECT_LE( PeakOf( [&] { RunCommand( arguments ); } ), nLimit ) << ShowArguments( arguments );
+		EXPECT_LE( PeakMemoryOf( [&] { RunCommand( arguments ); } ), nLimit ) << ShowArguments( arguments );
 }
 
 std::vector<uint8_t> ReadBytes( const std::filesystem::path &path )
@@ -120,10 +105,10 @@ protected:
 
 TEST_F( Memory, IsCounted )
 {
-	EXPECT_GE( PeakOf( [] { std::vector<char> bytes( 1 << 20 ); } ), 1 << 20 );
-	EXPECT_LT( PeakOf( [] {} ), 1 << 10 );
+	EXPECT_GE( PeakMemoryOf( [] { std::vector<char> bytes( 1 << 20 ); } ), 1 << 20 );
+	EXPECT_LT( PeakMemoryOf( [] {} ), 1 << 10 );
 	std::vector<char> kept( 1 << 20 );
-	EXPECT_LT( PeakOf( [] {} ), 1 << 10 ) << "what was there before does not count";
+	EXPECT_LT( PeakMemoryOf( [] {} ), 1 << 10 ) << "what was there before does not count";
 }
 
 TEST_F( Memory, OfEveryInputOfTheCorporaIsBounded )
@@ -136,7 +121,7 @@ TEST_F( Memory, OfEveryInputOfTheCorporaIsBounded )
 		{
 			std::vector<uint8_t> bytes = ReadBytes( entry.path() );
 			ExpectBounded( m_Folder, entry.path(), bytes );
-			bytes.resize( std::min( bytes.size(), SHORT ) );
+			bytes.resize( std::min( bytes.size(), SHORT_INPUT ) );
 			ExpectBounded( m_Folder, entry.path().string() + " cut", bytes );
 			nInputs++;
 		}
@@ -147,12 +132,12 @@ TEST_F( Memory, OfEveryInputOfTheCorporaIsBounded )
 TEST_F( Memory, OfAHundredBytesIsSmallWhateverTheySay )
 {
 	CRecordingWriter lastRoot = CRecordingWriter().Header( LAST_ID );
-	while ( lastRoot.m_Bytes.size() + 10 <= SHORT )
+	while ( lastRoot.m_Bytes.size() + 10 <= SHORT_INPUT )
 		lastRoot.BeginFrame().BeginTimings().Entry( 255, 70000 ).EndFrame();
 	ExpectBounded( m_Folder, "frames with a root at the last id", lastRoot.m_Bytes );
 
 	CRecordingWriter spread = CRecordingWriter().Header( LAST_ID ).BeginFrame();
-	for ( int32_t i = 0; spread.m_Bytes.size() + 18 <= SHORT; i++ )
+	for ( int32_t i = 0; spread.m_Bytes.size() + 18 <= SHORT_INPUT; i++ )
 		spread.Node( LAST_ID - 2 * i * 5000, "", LAST_ID - ( 2 * i + 1 ) * 5000 );
 	ExpectBounded( m_Folder, "nodes all over the ids", spread.BeginTimings().Entry( 1, 1 ).EndFrame().m_Bytes );
 
@@ -248,13 +233,13 @@ TEST_F( Memory, OfAParsedRecordingIs64MebibytesAnd16BytesPerByteAtMost )
 		CRecordingWriter writer = CRecordingWriter().Header();
 		for ( int32_t n = 0; writer.m_Bytes.size() < BYTES; n++ )
 			recording.m_Append( writer, n );
-		const int64_t nPeak = PeakOf(
+		const int64_t nPeak = PeakMemoryOf(
 			[&]
 			{
 				CKestoMemoryReader reader( writer.m_Bytes );
 				CRefPtr<CKestoFile>::Adopt( new CKestoFile( reader ) );
 			} );
-		EXPECT_LE( nPeak, LimitOf( writer.m_Bytes.size() ) ) << recording.m_pName;
+		EXPECT_LE( nPeak, MemoryBound( writer.m_Bytes.size() ) ) << recording.m_pName;
 	}
 }
 } // namespace
