@@ -1,8 +1,10 @@
 // The whole panel: what it is made of, and how its tree follows what chunks bring.
 #include "widgetfixture.h"
 
+#include <QGridLayout>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QToolBar>
 
 namespace
 {
@@ -16,6 +18,60 @@ TEST_F( MiniProfilerWidget, HasItsColumnsBeforeAnyData )
 	EXPECT_EQ( m_Tree.contextMenuPolicy(), Qt::CustomContextMenu );
 	for ( int i = 0; i < 6; i++ )
 		EXPECT_GE( m_Tree.columnWidth( i ), m_Tree.fontMetrics().horizontalAdvance( m_Tree.headerItem()->text( i ) ) );
+}
+
+TEST_F( MiniProfilerWidget, IsWrittenInArialOfNinePoints )
+{
+	for ( const QWidget *pWidget : { static_cast<QWidget *>( &m_Panel ), static_cast<QWidget *>( &m_Tree ),
+			  static_cast<QWidget *>( &Box( "Ave" ) ) } )
+	{
+		EXPECT_EQ( pWidget->font().family(), "Arial" );
+		EXPECT_EQ( pWidget->font().pointSize(), 9 );
+		EXPECT_EQ( pWidget->font().weight(), QFont::Normal );
+	}
+}
+
+TEST_F( MiniProfilerWidget, HasToolsAboveTheTreeAndChoicesBelow )
+{
+	auto *pLayout = qobject_cast<QVBoxLayout *>( m_Panel.layout() );
+	ASSERT_NE( pLayout, nullptr );
+	ASSERT_EQ( pLayout->count(), 3 );
+	auto *pToolBar = qobject_cast<QToolBar *>( pLayout->itemAt( 0 )->widget() );
+	ASSERT_NE( pToolBar, nullptr );
+	const QList<QAction *> actions = pToolBar->actions();
+	ASSERT_EQ( actions.size(), 5 );
+	const char *const texts[] = { "Pause Collection", "Rapid Update", "Rebuild Hierarchy Continuously" };
+	for ( int i = 0; i < 3; i++ )
+	{
+		EXPECT_EQ( actions[i]->text(), texts[i] );
+		EXPECT_TRUE( actions[i]->isCheckable() );
+	}
+	EXPECT_EQ( pToolBar->widgetForAction( actions[3] ), &m_Search );
+	EXPECT_NE( qobject_cast<QLabel *>( pToolBar->widgetForAction( actions[4] ) ), nullptr );
+	EXPECT_EQ( pLayout->itemAt( 1 )->widget(), &m_Tree );
+	EXPECT_EQ( pLayout->stretch( 1 ), 100 );
+
+	auto *pGrid = qobject_cast<QGridLayout *>( pLayout->itemAt( 2 )->layout() );
+	ASSERT_NE( pGrid, nullptr );
+	const auto Place = [pGrid]( QWidget &widget )
+	{
+		int nRow = -1, nColumn = -1, nRows = -1, nColumns = -1;
+		pGrid->getItemPosition( pGrid->indexOf( &widget ), &nRow, &nColumn, &nRows, &nColumns );
+		return QRect( nColumn, nRow, nColumns, nRows );
+	};
+	EXPECT_EQ( Place( GroupMode() ), QRect( 0, 0, 1, 1 ) );
+	EXPECT_EQ( Place( LeafMode() ), QRect( 1, 0, 1, 1 ) );
+	EXPECT_EQ( Place( Combo( "ms #" ) ), QRect( 3, 0, 2, 1 ) );
+	QWidget *pOverhead = pGrid->itemAtPosition( 0, 2 )->widget();
+	ASSERT_NE( qobject_cast<QLabel *>( pOverhead ), nullptr );
+	EXPECT_EQ( Place( *pOverhead ), QRect( 2, 0, 1, 2 ) );
+	auto *pNumbers = qobject_cast<QHBoxLayout *>( pGrid->itemAtPosition( 1, 3 )->layout() );
+	ASSERT_NE( pNumbers, nullptr );
+	EXPECT_EQ( pGrid->itemAtPosition( 1, 4 )->layout(), pNumbers );
+	EXPECT_TRUE( pNumbers->contentsMargins().isNull() );
+	const char *const boxes[] = { "Cur", "Ave", "StDev", "Peaks" };
+	for ( int i = 0; i < 4; i++ )
+		EXPECT_EQ( pNumbers->itemAt( i )->widget(), &Box( boxes[i] ) );
 }
 
 TEST_F( MiniProfilerWidget, OffersItsModesAndUnits )
@@ -82,6 +138,15 @@ TEST_F( MiniProfilerWidget, PauseIsToldAndKeepsRecordsAway )
 	EXPECT_FALSE( m_Timer.isActive() );
 	m_Panel.SetPaused( false );
 	EXPECT_EQ( spy.count(), 2 );
+}
+
+TEST_F( MiniProfilerWidget, TimesAreTheHostsUntilTheEngineTellsItsFrequency )
+{
+	EXPECT_EQ( m_Panel.Model().TickFrequency(), Plat_CPUTickFrequency() );
+	EXPECT_EQ( m_Delegate.Display().m_Numbers.m_flFactor, 1e6 / static_cast<double>( Plat_CPUTickFrequency() ) );
+	m_Panel.ReceiveChunk( CFrameBuilder().BeginNames( 2000000, 0 ).End().Payload() );
+	m_Panel.RegenerateDataView();
+	EXPECT_EQ( m_Delegate.Display().m_Numbers.m_flFactor, 0.5 );
 }
 
 // -- Order

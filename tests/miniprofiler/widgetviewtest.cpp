@@ -2,6 +2,7 @@
 #include "widgetfixture.h"
 
 #include <QHeaderView>
+#include <cmath>
 
 #include "support/logguard.h"
 #include "support/paintlog.h"
@@ -24,6 +25,54 @@ TEST_F( MiniProfilerWidget, BarsAreScaledToWhatIsVisibleOrToTheSelection )
 	Item( "B" )->setSelected( true );
 	EXPECT_EQ( m_Delegate.Display().m_nNormalised, 2 );
 	EXPECT_NE( LabelWith( ", 2 calls" ), nullptr );
+}
+
+TEST_F( MiniProfilerWidget, WithNothingSelectedTheVisibleRowsCountAndWithoutAnyAllScopes )
+{
+	Receive( 3 );
+	m_Panel.show();
+	Action( "Normalize To Selected" )->trigger(); // but nothing is
+	EXPECT_EQ( m_Delegate.Display().m_nNormalised, 0 );
+	EXPECT_NE( LabelWith( ", 3 calls" ), nullptr );
+	m_Clock.Advance( 10.0 );                            // the old scale falls away
+	m_Tree.setFixedHeight( m_Tree.header()->height() ); // which leaves no room below
+	QApplication::processEvents();
+	m_Panel.OnTreeSelectionChanged();
+	EXPECT_EQ( LabelWith( " calls" ), nullptr );
+	EXPECT_NEAR( m_Delegate.Display().m_BarMaxima[2], 3000.0f, 0.001f );
+}
+
+TEST_F( MiniProfilerWidget, AnotherHierarchyBeginsANewScale )
+{
+	Receive( 3 );
+	ASSERT_EQ( m_Delegate.Display().m_BarMaxima[2], 3000.0f );
+	Action( "Draw Peaks" )->trigger(); // or the highest of all intervals counts
+	for ( int i = 0; i < 3; i++ )
+		SetTicks( { { 48, 0 } } );
+	m_Panel.RegenerateDataView();
+	ASSERT_EQ( m_Delegate.Display().m_BarMaxima[2], 3000.0f ); // no time has passed in which it would fall
+	LeafMode().setCurrentIndex( 1 );
+	// Of 0, 0, 0 and 3000: the mean, and its distance from each.
+	const double flDeviation = std::sqrt( ( 3 * 750.0 * 750.0 + 2250.0 * 2250.0 ) / 4 );
+	EXPECT_NEAR( m_Delegate.Display().m_BarMaxima[2], 750.0 + flDeviation, 0.01 );
+}
+
+TEST_F( MiniProfilerWidget, TimeSpentPaintingIsToldOnce )
+{
+	Receive( 50 );
+	m_Panel.show();
+	Combo( "ms #" ).setCurrentIndex( 8 ); // ticks
+	const auto PaintTicks = [this]
+	{
+		m_Panel.RegenerateDataView();
+		const QString text = LabelWith( "paint " )->text();
+		return text.mid( text.lastIndexOf( ' ' ) + 1 );
+	};
+	CPaintLog log( m_Tree.viewport()->size() );
+	PaintTicks();
+	m_Tree.viewport()->render( &log );
+	EXPECT_NE( PaintTicks(), "0ticks" );
+	EXPECT_EQ( PaintTicks(), "0ticks" );
 }
 
 TEST_F( MiniProfilerWidget, TheOverheadKeepsItsTextWithoutCosts )

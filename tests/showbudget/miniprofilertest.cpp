@@ -1,5 +1,6 @@
 // The mini-profiler inside the window: its chunks, the names asked for, pause and tick sampling.
 #include "miniprofiler/framebuilder.h"
+#include "miniprofiler/miniprofilerbardelegate.h"
 #include "miniprofiler/miniprofilerwidget.h"
 #include "showbudget/chunksender.h"
 #include "windowfixture.h"
@@ -48,6 +49,28 @@ TEST_F( WindowMiniProfilerTest, ItsChunksAreDecodedWhetherSamplingRunsOrNot )
 	EXPECT_EQ( Panel().Model().Records().size(), 2u );
 	EXPECT_EQ( Panel().findChild<QTreeWidget *>()->topLevelItemCount(), 2 );
 	EXPECT_EQ( m_Allocator.Live(), 0u );
+}
+
+TEST_F( WindowMiniProfilerTest, ItsPaletteFollowsTheHost )
+{
+	for ( const bool bDark : { true, false } )
+	{
+		m_Host.m_bDark = bDark;
+		MakeWindow();
+		EXPECT_EQ( Panel().findChild<CQMiniProfilerBarDelegate *>()->Display().m_bDark, bDark );
+	}
+}
+
+TEST_F( WindowMiniProfilerTest, ACostAloneStartsNothingAndAsksForNothing )
+{
+	MakeWindow();
+	Deliver( CFrameBuilder().BeginNames( 1, 1 ).Name( 7, 0, "seven", "" ).End() ); // an id that is wanted
+	m_Connection.TakeSent();
+	Deliver( CFrameBuilder( 1234 ) );
+	EXPECT_EQ( Panel().Model().CostHistory().At( 0 ), 1234u );
+	EXPECT_EQ( Panel().Model().Counters().m_nPacketSize, 8u );
+	EXPECT_FALSE( Panel().findChild<QTimer *>( "RegenerationTimer" )->isActive() );
+	EXPECT_THAT( m_Connection.TakeSent(), IsEmpty() );
 }
 
 TEST_F( WindowMiniProfilerTest, UnknownIdsAreAskedForOnce )
