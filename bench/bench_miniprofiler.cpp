@@ -104,12 +104,22 @@ std::vector<uint8_t> MakeNames( const std::vector<uint64_t> &ids, size_t nNameLe
 	return bytes.m_Bytes;
 }
 
+// Whether every ring is full and in its place for good.
+bool IsFull( const CMiniProfilerHistory &history )
+{
+	for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
+		if ( !history.IsWhole( nBlock ) )
+			return false;
+	return history.BlockCount() > 0;
+}
+
 void Fill( CMiniProfilerModel &model, const std::vector<uint64_t> &ids )
 {
-	for ( uint32_t i = 0; i < 4; i++ ) // a few different frames, over and over, fill the rings
-		for ( const auto data = MakeData( ids, i );
-			  model.History().RecordCount() == 0 || model.History().Count( 0 ) < 32 * ( i + 1 ); )
-			DecodeMiniProfilerChunk( data, model );
+	std::vector<std::vector<uint8_t>> frames; // a few different ones, over and over
+	for ( uint32_t i = 0; i < 4; i++ )
+		frames.push_back( MakeData( ids, i ) );
+	for ( size_t i = 0; !IsFull( model.History() ); i++ )
+		DecodeMiniProfilerChunk( frames[i % frames.size()], model );
 }
 
 std::unique_ptr<CQMiniProfilerWidget> MakePanel( const std::vector<uint64_t> &ids, size_t nNameLength = 0 )
@@ -117,7 +127,7 @@ std::unique_ptr<CQMiniProfilerWidget> MakePanel( const std::vector<uint64_t> &id
 	auto pPanel = std::make_unique<CQMiniProfilerWidget>( nullptr );
 	pPanel->resize( 1920, 1080 );
 	pPanel->ReceiveChunk( MakeNames( ids, nNameLength ) );
-	for ( uint32_t i = 0; i < 128; i++ )
+	for ( uint32_t i = 0; !IsFull( pPanel->Model().History() ); i++ )
 		pPanel->ReceiveChunk( MakeData( ids, i % 4 ) );
 	pPanel->TakeWantedIds();
 	pPanel->show();
@@ -140,6 +150,28 @@ void DecodeKnown( benchmark::State &state )
 	state.SetItemsProcessed( state.iterations() * state.range( 0 ) );
 }
 BENCHMARK( DecodeKnown )->Arg( 10000 );
+
+// While rings fill up: 128 chunks of samples for records that have none yet.
+void DecodeFirstSamples( benchmark::State &state )
+{
+	const auto ids = MakeIds( static_cast<size_t>( state.range( 0 ) ) );
+	const auto names = MakeNames( ids );
+	const auto data = MakeData( ids, 7 );
+	for ( auto _ : state )
+	{
+		state.PauseTiming();
+		auto pModel = std::make_unique<CMiniProfilerModel>( 1000000000 );
+		DecodeMiniProfilerChunk( names, *pModel );
+		state.ResumeTiming();
+		for ( uint32_t i = 0; i < CMiniProfilerHistory::CAPACITY; i++ )
+			DecodeMiniProfilerChunk( data, *pModel );
+		state.PauseTiming();
+		pModel.reset();
+		state.ResumeTiming();
+	}
+	state.SetItemsProcessed( state.iterations() * state.range( 0 ) * CMiniProfilerHistory::CAPACITY );
+}
+BENCHMARK( DecodeFirstSamples )->Arg( 10000 )->Unit( benchmark::kMillisecond );
 
 // Reads the same entries and looks both of their ids up, or one of them.
 template <bool bCallers>
@@ -184,18 +216,18 @@ void SumSamples( benchmark::State &state )
 	CMiniProfilerModel model( 1000000000 );
 	Fill( model, MakeIds( static_cast<size_t>( state.range( 0 ) ) ) );
 	const CMiniProfilerHistory &history = model.History();
+	CMiniProfilerHistory::Rows room; // which whole blocks do not need
 	for ( auto _ : state )
 	{
 		for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
 		{
 			CMiniProfilerHistory::Row sums{};
-			for ( uint32_t nSegment = 0; nSegment < CMiniProfilerHistory::SEGMENTS; nSegment++ )
-				for ( const CMiniProfilerHistory::Row &row : history.SegmentAt( nBlock, nSegment )->m_Rows )
-					for ( uint32_t j = 0; j < CMiniProfilerHistory::BLOCK_RECORDS; j++ )
-					{
-						sums.m_Ticks[j] += row.m_Ticks[j];
-						sums.m_Calls[j] += row.m_Calls[j];
-					}
+			for ( const CMiniProfilerHistory::Row &row : history.RowsOf( nBlock, room ) )
+				for ( uint32_t j = 0; j < CMiniProfilerHistory::BLOCK_RECORDS; j++ )
+				{
+					sums.m_Ticks[j] += row.m_Ticks[j];
+					sums.m_Calls[j] += row.m_Calls[j];
+				}
 			benchmark::DoNotOptimize( sums );
 		}
 	}
@@ -293,7 +325,8 @@ void RecordMemory( benchmark::State &state )
 			return info.uordblks + info.hblkhd;
 		};
 		const size_t nBefore = Used();
-		pPanel->ReceiveChunk( MakeData( ids, 1 ) );
+		for ( uint32_t i = 0; !IsFull( pPanel->Model().History() ); i++ )
+			pPanel->ReceiveChunk( MakeData( ids, i % 4 ) );
 		pPanel->TakeWantedIds();
 		pPanel->RegenerateDataView();
 		state.counters["bytes_per_record_unnamed"] = static_cast<double>( Used() - nBefore ) / 10000;

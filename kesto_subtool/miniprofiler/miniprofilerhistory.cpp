@@ -1,54 +1,99 @@
 #include "miniprofiler/miniprofilerhistory.h"
 
+#include <algorithm>
+
 uint32_t CMiniProfilerHistory::Add( bool bAdvanced )
 {
+	const uint32_t nRecord = RecordCount();
+	if ( nRecord % BLOCK_RECORDS == 0 )
+	{
+		m_Blocks.push_back( nullptr );
+		m_Growing.emplace_back();
+	}
 	m_Births.push_back( bAdvanced ? m_nInterval - 1 : m_nInterval );
-	return RecordCount() - 1;
+	return nRecord;
 }
 
 void CMiniProfilerHistory::Advance()
 {
 	m_nInterval++;
 	m_nHead = ( m_nHead + CAPACITY - 1 ) % CAPACITY;
+	m_nJoined = 0;
 }
 
-void CMiniProfilerHistory::MakeSegment( uint32_t nBlock )
+void CMiniProfilerHistory::FillGrowing( uint32_t nRecord, MiniProfilerSample sample )
 {
-	std::vector<Segment *> &segments = m_Segments[m_nHead / SEGMENT_SLOTS];
-	if ( nBlock >= segments.size() )
-		segments.resize( BlockCount() );
-	if ( m_nBatchUsed == BATCH_SEGMENTS )
+	const uint32_t nBlock = nRecord / BLOCK_RECORDS;
+	std::unique_ptr<Growing> &pGrowing = m_Growing[nBlock];
+	if ( !pGrowing )
+		pGrowing = std::make_unique<Growing>();
+	std::unique_ptr<Segment> &pSegment = pGrowing->m_Segments[m_nHead / SEGMENT_SLOTS];
+	if ( !pSegment )
 	{
-		m_Batches.push_back( std::make_unique<Segment[]>( BATCH_SEGMENTS ) );
-		m_nBatchUsed = 0;
+		if ( sample == MiniProfilerSample{} ) // as the slot is without a segment
+			return;
+		pSegment = std::make_unique<Segment>();
+		pGrowing->m_nSegments++;
 	}
-	segments[nBlock] = &m_Batches.back()[m_nBatchUsed++];
+	Fill( ( *pSegment )[m_nHead % SEGMENT_SLOTS], nRecord, sample );
+	if ( pGrowing->m_nSegments == SEGMENTS && m_nJoined < MAX_JOINED )
+		Join( nBlock );
+}
+
+void CMiniProfilerHistory::CopySegments( const Growing &growing, Rows &rows )
+{
+	auto to = rows.begin();
+	for ( const auto &pSegment : growing.m_Segments )
+		to = pSegment ? std::copy( pSegment->begin(), pSegment->end(), to ) : std::fill_n( to, SEGMENT_SLOTS, Row{} );
+}
+
+void CMiniProfilerHistory::Join( uint32_t nBlock )
+{
+	if ( m_nRunUsed == RUN_BLOCKS )
+	{
+		m_Runs.push_back( std::make_unique<Place[]>( RUN_BLOCKS ) );
+		m_nRunUsed = 0;
+	}
+	Rows &rows = m_Runs.back()[m_nRunUsed++].m_Rows;
+	CopySegments( *m_Growing[nBlock], rows );
+	m_Growing[nBlock].reset();
+	m_Blocks[nBlock] = &rows;
+	m_nJoined++;
+}
+
+const CMiniProfilerHistory::Row *CMiniProfilerHistory::FindRow( uint32_t nBlock, uint32_t nSlot ) const
+{
+	if ( m_Blocks[nBlock] )
+		return &( *m_Blocks[nBlock] )[nSlot];
+	const Growing *pGrowing = m_Growing[nBlock].get();
+	const Segment *pSegment = pGrowing ? pGrowing->m_Segments[nSlot / SEGMENT_SLOTS].get() : nullptr;
+	return pSegment ? &( *pSegment )[nSlot % SEGMENT_SLOTS] : nullptr;
 }
 
 MiniProfilerSample CMiniProfilerHistory::At( uint32_t nRecord, uint32_t nAge ) const
 {
-	const uint32_t nSlot = ( m_nHead + nAge ) % CAPACITY;
-	const Segment *pSegment = SegmentAt( nRecord / BLOCK_RECORDS, nSlot / SEGMENT_SLOTS );
-	if ( !pSegment )
+	const Row *pRow = FindRow( nRecord / BLOCK_RECORDS, Slot( nAge ) );
+	if ( !pRow )
 		return {};
-	const Row &row = pSegment->m_Rows[nSlot % SEGMENT_SLOTS];
-	return { row.m_Ticks[nRecord % BLOCK_RECORDS], row.m_Calls[nRecord % BLOCK_RECORDS] };
+	return { pRow->m_Ticks[nRecord % BLOCK_RECORDS], pRow->m_Calls[nRecord % BLOCK_RECORDS] };
 }
 
-void CMiniProfilerHistory::CopyNewest( uint32_t nBlock, std::span<Row> rows ) const
+const CMiniProfilerHistory::Rows &CMiniProfilerHistory::RowsOf( uint32_t nBlock, Rows &room ) const
 {
-	uint32_t nSlot = m_nHead;
-	while ( !rows.empty() )
-	{
-		const uint32_t nFirst = nSlot % SEGMENT_SLOTS;
-		const size_t nRows = std::min<size_t>( SEGMENT_SLOTS - nFirst, rows.size() );
-		if ( const Segment *pSegment = SegmentAt( nBlock, nSlot / SEGMENT_SLOTS ) )
-			std::copy_n( pSegment->m_Rows.begin() + nFirst, nRows, rows.begin() );
-		else
-			std::fill_n( rows.begin(), nRows, Row{} );
-		rows = rows.subspan( nRows );
-		nSlot = ( nSlot + SEGMENT_SLOTS - nFirst ) % CAPACITY;
-	}
+	if ( m_Blocks[nBlock] )
+		return *m_Blocks[nBlock];
+	if ( m_Growing[nBlock] )
+		CopySegments( *m_Growing[nBlock], room );
+	else
+		room.fill( Row{} );
+	return room;
+}
+
+uint32_t CMiniProfilerHistory::SegmentCount( uint32_t nBlock ) const
+{
+	if ( m_Blocks[nBlock] )
+		return SEGMENTS;
+	return m_Growing[nBlock] ? m_Growing[nBlock]->m_nSegments : 0;
 }
 
 void CMiniProfilerHistory::Clear()

@@ -1,7 +1,6 @@
 #include "miniprofiler/miniprofilerstatistics.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -102,15 +101,16 @@ struct LaneStatistics
 		Lanes m_CallSamples{};        // how many these are
 	};
 
-	using Rows = std::span<const CMiniProfilerHistory::Row>; // of a block, the newest first
-
 	struct LaneReader
 	{
-		Rows m_Rows;
-		uint32_t m_nLane; // in the block
+		const CMiniProfilerHistory &m_History;
+		const CMiniProfilerHistory::Rows &m_Rows; // of the records' block
+		uint32_t m_nLane;                         // in the block
+		uint32_t m_nSamples;                      // of the record that has the most
 
-		INLINED Lanes Ticks( uint32_t nAge ) const { return ToDouble( &m_Rows[nAge].m_Ticks[m_nLane] ); }
-		INLINED Lanes Calls( uint32_t nAge ) const { return ToDouble( &m_Rows[nAge].m_Calls[m_nLane] ); }
+		const CMiniProfilerHistory::Row &RowAt( uint32_t nAge ) const { return m_Rows[m_History.Slot( nAge )]; }
+		INLINED Lanes Ticks( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Ticks[m_nLane] ); }
+		INLINED Lanes Calls( uint32_t nAge ) const { return ToDouble( &RowAt( nAge ).m_Calls[m_nLane] ); }
 		INLINED Lanes PerCall( uint32_t nAge ) const { return Ticks( nAge ) / Larger( Calls( nAge ), Lanes{} + 1.0 ); }
 	};
 
@@ -122,7 +122,7 @@ struct LaneStatistics
 		for ( uint32_t j = 0; j < LANES; j++ )
 		{
 			uint32_t nAge = 0;
-			while ( nAge + 1 < reader.m_Rows.size() && reader.m_Rows[nAge].m_Calls[reader.m_nLane + j] == 0 )
+			while ( nAge + 1 < reader.m_nSamples && reader.RowAt( nAge ).m_Calls[reader.m_nLane + j] == 0 )
 				nAge++;
 			sums.m_PerCallDistances.m_Pivot[j] = reader.PerCall( nAge )[j];
 		}
@@ -134,7 +134,7 @@ struct LaneStatistics
 		ChoosePivots( reader, sums );
 		LaneSums local = sums; // whose parts may live in registers
 		Lanes age{};
-		for ( uint32_t i = 0; i < reader.m_Rows.size(); i++ )
+		for ( uint32_t i = 0; i < reader.m_nSamples; i++ )
 		{
 			const Lanes ticks = reader.Ticks( i );
 			const Lanes calls = reader.Calls( i );
@@ -181,16 +181,23 @@ struct LaneStatistics
 				sums.m_PerCallDistances.Deviation( nLane, sums.m_CallSamples[nLane], flPerCall ) );
 	}
 
-	// Of LANES records, which have at most as many samples as there are rows.
-	INLINED static void ComputeLanes( const CMiniProfilerHistory &history,
-		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, Rows rows, bool bPeaks )
+	// Of LANES records of a block.
+	INLINED static void ComputeLanes( const CMiniProfilerHistory &history, const CMiniProfilerHistory::Rows &rows,
+		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks )
 	{
+		const uint32_t nFirst = records[0]->HistoryIndex();
 		const auto nRecords = std::min( LANES, static_cast<uint32_t>( records.size() ) );
 		Lanes counts{};
+		uint32_t nSamples = 0;
 		for ( uint32_t j = 0; j < nRecords; j++ )
-			counts[j] = history.Count( records[j]->HistoryIndex() );
+		{
+			counts[j] = history.Count( nFirst + j );
+			nSamples = std::max( nSamples, history.Count( nFirst + j ) );
+		}
+		if ( nSamples == 0 )
+			return;
 
-		const LaneReader reader{ rows, records[0]->HistoryIndex() % CMiniProfilerHistory::BLOCK_RECORDS };
+		const LaneReader reader{ history, rows, nFirst % CMiniProfilerHistory::BLOCK_RECORDS, nSamples };
 		LaneSums sums;
 		SumLanes( reader, counts, sums );
 		for ( uint32_t j = 0; j < nRecords; j++ )
@@ -201,23 +208,16 @@ struct LaneStatistics
 	INLINED static void Compute( const CMiniProfilerHistory &history,
 		std::span<const std::unique_ptr<CQMiniProfilerRecord>> records, bool bPeaks )
 	{
-		constexpr uint32_t BLOCK_RECORDS = CMiniProfilerHistory::BLOCK_RECORDS;
+		constexpr size_t BLOCK_RECORDS = CMiniProfilerHistory::BLOCK_RECORDS;
 		static_assert( BLOCK_RECORDS % LANES == 0 );
-		std::array<CMiniProfilerHistory::Row, CMiniProfilerHistory::CAPACITY> block;
-		for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
+		CMiniProfilerHistory::Rows room;
+		for ( uint32_t nBlock = 0; !records.empty(); nBlock++ )
 		{
-			const auto members =
-				records.subspan( nBlock * BLOCK_RECORDS )
-					.first( std::min<size_t>( BLOCK_RECORDS, records.size() - nBlock * BLOCK_RECORDS ) );
-			uint32_t nSamples = 0;
-			for ( const auto &pRecord : members )
-				nSamples = std::max( nSamples, history.Count( pRecord->HistoryIndex() ) );
-			if ( nSamples == 0 )
-				continue;
-			const std::span rows( block.data(), nSamples );
-			history.CopyNewest( nBlock, rows );
+			const auto members = records.first( std::min( BLOCK_RECORDS, records.size() ) );
+			const CMiniProfilerHistory::Rows &rows = history.RowsOf( nBlock, room );
 			for ( size_t nFirst = 0; nFirst < members.size(); nFirst += LANES )
-				ComputeLanes( history, members.subspan( nFirst ), rows, bPeaks );
+				ComputeLanes( history, rows, members.subspan( nFirst ), bPeaks );
+			records = records.subspan( members.size() );
 		}
 	}
 };

@@ -46,13 +46,11 @@ TEST( MiniProfilerHistory, ASampleWithoutASlotIsDropped )
 	}
 }
 
-// Of all blocks' segments, how many there are.
 uint32_t SegmentCount( const CMiniProfilerHistory &history )
 {
 	uint32_t nCount = 0;
 	for ( uint32_t nBlock = 0; nBlock < history.BlockCount(); nBlock++ )
-		for ( uint32_t nSegment = 0; nSegment < CMiniProfilerHistory::SEGMENTS; nSegment++ )
-			nCount += history.SegmentAt( nBlock, nSegment ) != nullptr;
+		nCount += history.SegmentCount( nBlock );
 	return nCount;
 }
 
@@ -82,6 +80,32 @@ TEST( MiniProfilerHistory, RoomIsMadeWithTheFirstSampleThatNeedsIt )
 	history.Clear();
 	history.Add( true );
 	EXPECT_EQ( SegmentCount( history ), 0u );
+}
+
+TEST( MiniProfilerHistory, WholeBlocksAreJoinedAFewInEachInterval )
+{
+	constexpr uint32_t BLOCKS = 2 * CMiniProfilerHistory::MAX_JOINED + 1;
+	CMiniProfilerHistory history;
+	for ( uint32_t i = 0; i < BLOCKS * CMiniProfilerHistory::BLOCK_RECORDS; i++ )
+		history.Add( true );
+	const auto FillInterval = [&history]
+	{
+		history.Advance();
+		for ( uint32_t i = 0; i < history.RecordCount(); i++ )
+			history.SetNewest( i, { i + 1, i + 2 } );
+		uint32_t nJoined = 0;
+		for ( uint32_t nBlock = 0; nBlock < BLOCKS; nBlock++ )
+			nJoined += history.IsWhole( nBlock );
+		return nJoined;
+	};
+	for ( uint32_t i = 1; i <= CMiniProfilerHistory::CAPACITY - CMiniProfilerHistory::SEGMENT_SLOTS; i++ )
+		ASSERT_EQ( FillInterval(), 0u );
+	EXPECT_EQ( FillInterval(), CMiniProfilerHistory::MAX_JOINED );
+	EXPECT_EQ( FillInterval(), 2 * CMiniProfilerHistory::MAX_JOINED );
+	EXPECT_EQ( FillInterval(), BLOCKS );
+	for ( uint32_t i = 0; i < history.RecordCount(); i++ )
+		for ( const uint32_t nAge : { 0u, 1u, 60u, 126u } )
+			ASSERT_EQ( history.At( i, nAge ), ( MiniProfilerSample{ i + 1, i + 2 } ) );
 }
 
 TEST( MiniProfilerHistory, ASampleMakesNoMoreThan16BytesForEachByteOfItsEntry )
@@ -135,18 +159,19 @@ TEST( MiniProfilerHistory, BehavesLikeADequePerRecord )
 				model[nRecord].m_Slots.front() = sample;
 		}
 	}
-	std::vector<CMiniProfilerHistory::Row> rows( CMiniProfilerHistory::CAPACITY );
+	CMiniProfilerHistory::Rows room;
 	for ( uint32_t i = 0; i < model.size(); i++ )
 	{
 		ASSERT_EQ( history.Count( i ), model[i].m_nCount );
-		history.CopyNewest( i / CMiniProfilerHistory::BLOCK_RECORDS, rows );
+		const CMiniProfilerHistory::Rows &rows = history.RowsOf( i / CMiniProfilerHistory::BLOCK_RECORDS, room );
 		for ( uint32_t nAge = 0; nAge < model[i].m_nCount; nAge++ )
 		{
 			SCOPED_TRACE( testing::Message() << "record " << i << ", age " << nAge );
 			const uint32_t nLane = i % CMiniProfilerHistory::BLOCK_RECORDS;
 			ASSERT_EQ( history.At( i, nAge ), model[i].m_Slots[nAge] );
-			ASSERT_EQ( rows[nAge].m_Ticks[nLane], model[i].m_Slots[nAge].m_nTicks );
-			ASSERT_EQ( rows[nAge].m_Calls[nLane], model[i].m_Slots[nAge].m_nCalls );
+			const CMiniProfilerHistory::Row &row = rows[history.Slot( nAge )];
+			ASSERT_EQ( row.m_Ticks[nLane], model[i].m_Slots[nAge].m_nTicks );
+			ASSERT_EQ( row.m_Calls[nLane], model[i].m_Slots[nAge].m_nCalls );
 		}
 	}
 }
