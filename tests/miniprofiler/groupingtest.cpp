@@ -74,6 +74,20 @@ TEST( MiniProfilerPath, TheLastOfManyLevelsIsTheRestOfThePath )
 	EXPECT_EQ( Split( std::string( 1000000, ':' ) ).size(), 64u );
 }
 
+TEST( MiniProfilerGroupKey, IsTheBeginningOfItsTextAndNothingElse )
+{
+	const MiniProfilerGroupKey key{ "a/b/c", 3 };
+	EXPECT_EQ( key.View().toString(), "a/b" );
+	for ( const MiniProfilerGroupKey &same : { MiniProfilerGroupKey{ "a/b", 3 }, MiniProfilerGroupKey{ "a/bcd", 3 } } )
+	{
+		EXPECT_TRUE( key == same );
+		EXPECT_EQ( qHash( key, 7 ), qHash( same, 7 ) );
+	}
+	EXPECT_FALSE( key == ( MiniProfilerGroupKey{ "a/b/c", 5 } ) );
+	EXPECT_FALSE( key == ( MiniProfilerGroupKey{ "a/x/c", 3 } ) );
+	EXPECT_TRUE( ( MiniProfilerGroupKey{ "x", 0 } ) == MiniProfilerGroupKey() );
+}
+
 TEST( MiniProfilerPath, TheCommonPrefixIsCutOff )
 {
 	EXPECT_EQ( WithoutCommonPrefix( "c:/src/a.cpp", "c:/src/" ), "a.cpp" );

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <string>
+#include <vector>
+
 #include "miniprofiler/miniprofilerrow.h"
 
 namespace
@@ -62,6 +65,30 @@ TEST( MiniProfilerRow, TextBehindTheLastLineFeedIsNoLine )
 	EXPECT_EQ( record.Line( 2 ), "" );
 	record.SetDescription( "no line at all" );
 	EXPECT_EQ( record.LineCount(), 0u );
+}
+
+TEST( MiniProfilerRow, LinesThatMeanNothingAreStillLines )
+{
+	auto record = MakeRecord();
+	std::vector<std::string> seen;
+	const auto Collect = [&seen]( std::string_view line )
+	{
+		seen.emplace_back( line );
+		return line == "stop";
+	};
+	EXPECT_FALSE( record.HasLine( Collect ) );
+	record.SetDescription( "A\nB\nC:\\D\n\nE\nsixth\n\nno line" );
+	EXPECT_EQ( record.LineCount(), 7u );
+	EXPECT_FALSE( record.HasLine( Collect ) );
+	EXPECT_THAT( seen, testing::ElementsAre( "A", "B", "c:/d", "", "E", "sixth", "" ) );
+	seen.clear();
+	record.SetDescription( "first\nstop\nthird\n" );
+	EXPECT_TRUE( record.HasLine( Collect ) );
+	EXPECT_THAT( seen, testing::ElementsAre( "first", "stop" ) );
+	record.SetDescription( "" );
+	EXPECT_EQ( record.LineCount(), 0u );
+	EXPECT_EQ( record.Description(), "" );
+	EXPECT_EQ( record.DescriptionSize(), 0u );
 }
 
 TEST( MiniProfilerRow, OnlyAsciiLettersOfTheSourceFileAreLowered )
