@@ -24,18 +24,18 @@ void CMiniProfilerHistory::Advance()
 void CMiniProfilerHistory::FillGrowing( uint32_t nRecord, MiniProfilerSample sample )
 {
 	const uint32_t nBlock = nRecord / BLOCK_RECORDS;
+	const uint32_t nSegment = m_nHead / SEGMENT_SLOTS;
 	std::unique_ptr<Growing> &pGrowing = m_Growing[nBlock];
-	if ( !pGrowing )
-		pGrowing = std::make_unique<Growing>();
-	std::unique_ptr<Segment> &pSegment = pGrowing->m_Segments[m_nHead / SEGMENT_SLOTS];
-	if ( !pSegment )
+	if ( !pGrowing || !pGrowing->m_Segments[nSegment] )
 	{
 		if ( sample == MiniProfilerSample{} ) // as the slot is without a segment
 			return;
-		pSegment = std::make_unique<Segment>();
+		if ( !pGrowing )
+			pGrowing = std::make_unique<Growing>();
+		pGrowing->m_Segments[nSegment] = std::make_unique<Segment>();
 		pGrowing->m_nSegments++;
 	}
-	Fill( ( *pSegment )[m_nHead % SEGMENT_SLOTS], nRecord, sample );
+	Fill( ( *pGrowing->m_Segments[nSegment] )[m_nHead % SEGMENT_SLOTS], nRecord, sample );
 	if ( pGrowing->m_nSegments == SEGMENTS && m_nJoined < MAX_JOINED )
 		Join( nBlock );
 }

@@ -351,16 +351,19 @@ TEST_F( MiniProfilerDecoder, UnknownKindsAreSkipped )
 TEST_F( MiniProfilerDecoder, KnownRecordsAllocateNothingButTheirRings )
 {
 	constexpr uint64_t RECORDS = 100;
-	CFrameBuilder frame, bare;
+	CFrameBuilder frame, bare, idle;
 	frame.BeginData( true );
 	bare.BeginData( false );
+	idle.BeginData( true );
 	for ( uint64_t nId = 1; nId <= RECORDS; nId++ )
 	{
 		frame.Entry( nId * 64, 64, nId, 1 );
 		bare.Entry( nId * 64, 64 );
+		idle.Entry( nId * 64, 64 );
 	}
 	frame.End();
 	bare.End();
+	idle.End();
 	const auto Allocations = [this]( const CFrameBuilder &chunk, int nTimes )
 	{
 		const size_t nBefore = g_nAllocations;
@@ -370,6 +373,7 @@ TEST_F( MiniProfilerDecoder, KnownRecordsAllocateNothingButTheirRings )
 	};
 	EXPECT_GT( Allocations( bare, 1 ), RECORDS ); // new ones; so the count counts
 	EXPECT_EQ( Allocations( bare, 1000 ), 0u );   // no samples, no rings
+	EXPECT_EQ( Allocations( idle, 1000 ), 0u );   // nor any that are 0
 	EXPECT_GT( Allocations( frame, 128 ), 0u );
 	EXPECT_EQ( Allocations( frame, 1000 ), 0u ); // every slot was filled once
 	EXPECT_EQ( m_Model.Records().size(), RECORDS );
