@@ -218,7 +218,7 @@ TEST_F( Memory, OfASampledProfileDoesNotGrowWithItsSamples )
 		const auto peakOf = [&]( int nSamples )
 		{
 			const std::string path = WriteProfile( m_Folder, bStacksFirst, nSamples );
-			return PeakOf( [&] { RunCommand( { "convert", path.c_str(), "-", "--to", "csv" } ); } );
+			return PeakMemoryOf( [&] { RunCommand( { "convert", path.c_str(), "-", "--to", "csv" } ); } );
 		};
 		const int64_t nPeak = peakOf( 1'500'000 );
 		EXPECT_LT( std::abs( peakOf( 3'000'000 ) - nPeak ), 4 << 20 ) << "from " << nPeak;
