@@ -1,5 +1,6 @@
 // Runs the demo engine until it is told to end. It is also the example of how an engine uses the library: budgets.cpp
 // declares where time may go, the subsystems say where it went, and this file starts and stops the session.
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -12,11 +13,13 @@
 
 namespace
 {
-volatile std::sig_atomic_t g_bEnd = 0;
+// Any thread may be the one that a signal interrupts.
+std::atomic<bool> g_bEnd = false;
+static_assert( std::atomic<bool>::is_always_lock_free );
 
 void OnSignal( int )
 {
-	g_bEnd = 1;
+	g_bEnd = true;
 }
 
 void InstallSignals()

@@ -29,7 +29,7 @@ uint16_t PortOf( const CDemoProcess &demo )
 TEST( DemoEngine, HelpIsPrinted )
 {
 	CDemoProcess demo( { "--help" } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	for ( const char *pOption :
 		{ "--port", "--bind", "--name", "--bodies", "--frames", "--record", "--picture", "--help" } )
 		EXPECT_THAT( demo.Output(), HasSubstr( pOption ) );
@@ -57,7 +57,7 @@ TEST( DemoEngine, WrongArgumentsAreOneLineAndStatusTwo )
 TEST( DemoEngine, EndsByItselfAfterItsFrames )
 {
 	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "3" } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	EXPECT_THAT( demo.Output(), HasSubstr( "listening on 127.0.0.1:" ) );
 }
 
@@ -66,7 +66,7 @@ TEST( DemoEngine, DrawsAPicture )
 	const CTemporaryFolder folder;
 	const std::string file = folder.File( "picture.ppm" );
 	CDemoProcess demo( { "--port", "0", "--frames", "30", "--picture", file } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	const std::vector<uint8_t> bytes = ReadBytes( file );
 	const std::string header = "P6\n256 144\n255\n";
 	ASSERT_EQ( bytes.size(), header.size() + 256 * 144 * 3 );
@@ -113,7 +113,7 @@ TEST( DemoEngine, TakesItsCommands )
 	ASSERT_EQ( line.find( before ), 0u );
 	EXPECT_GE( std::stoi( line.substr( before.size() ) ), 9000 ) << line << "particles of one explosion";
 	demo.Signal( SIGTERM );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 }
 
 TEST( DemoEngine, TermAndInterruptEndItInOrder )
@@ -125,7 +125,7 @@ TEST( DemoEngine, TermAndInterruptEndItInOrder )
 		CDemoProcess demo( { "--port", "0", "--bodies", "50", "--record", file } );
 		demo.WaitForOutput( "recording to \"" + file + '"' );
 		demo.Signal( nSignal );
-		EXPECT_EQ( demo.Wait(), 0 );
+		EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 		EXPECT_THAT( demo.Output(), HasSubstr( "the recording \"" + file + "\" ended: " ) );
 		const CRecordingFileOfTest recording( ReadBytes( file ) );
 		EXPECT_GE( recording.File().GetRootNode(), 0 );
@@ -147,7 +147,7 @@ TEST( DemoEngine, RecordsWhatItsSubsystemsDo )
 	const CTemporaryFolder folder;
 	const std::string file = folder.File( "demo.kesto" );
 	CDemoProcess demo( { "--port", "0", "--bodies", "200", "--frames", "40", "--record", file } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	const CRecordingFileOfTest recording( ReadBytes( file ) );
 	EXPECT_EQ( recording.FrameCount(), 39 ); // the first one is the starting line
 	for ( const char *pPath : { "Frame/Animation", "Frame/Particles", "Frame/Streaming", "Frame/Visibility",
@@ -169,7 +169,7 @@ TEST( DemoEngine, TheEnvironmentMayAskForARecording )
 	const CTemporaryFolder folder;
 	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "30" },
 		{ "SHOWBUDGET_RECORD=" + folder.File( "%p.kesto" ), "SHOWBUDGET_RECORD_OPTIONS=  frames=7\tthreads=all " } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	const std::filesystem::directory_iterator files( folder.Path() );
 	ASSERT_NE( files, std::filesystem::directory_iterator() );
 	const CRecordingFileOfTest recording( ReadBytes( files->path() ) );
@@ -182,7 +182,7 @@ TEST( DemoEngine, WrongOptionsInTheEnvironmentAreALineAndNoRecording )
 	const CTemporaryFolder folder;
 	CDemoProcess demo( { "--port", "0", "--bodies", "50", "--frames", "3" },
 		{ "SHOWBUDGET_RECORD=" + folder.File( "x.kesto" ), "SHOWBUDGET_RECORD_OPTIONS=frames=7 frame=8" } );
-	EXPECT_EQ( demo.Wait(), 0 );
+	EXPECT_EQ( demo.Wait(), 0 ) << demo.Output();
 	EXPECT_THAT( demo.Output(), HasSubstr( "SHOWBUDGET_RECORD_OPTIONS: \"frame=8\" is not understood" ) );
 	EXPECT_FALSE( std::filesystem::exists( folder.File( "x.kesto" ) ) );
 }
