@@ -2,11 +2,26 @@
 
 namespace
 {
+QLinearGradient Vertical( const QColor &top, const QColor &bottom )
+{
+	QLinearGradient gradient( 0, 0, 0, 1 );
+	gradient.setStops( { { 0.0, top }, { 1.0, bottom } } );
+	return gradient;
+}
+
+void SetFills( MiniProfilerPalette &palette, const QLinearGradient &selected, const QLinearGradient &hover )
+{
+	palette.m_SelectedGradient = selected;
+	palette.m_HoverGradient = hover;
+	palette.m_SelectedFill = selected.stops().last().second;
+	palette.m_HoverFill = hover.stops().first().second;
+}
+
 MiniProfilerPalette MakeLight()
 {
 	MiniProfilerPalette palette;
-	palette.m_HoverFill = QColor( 238, 237, 255 );
-	palette.m_SelectedFill = QColor( 224, 222, 255 );
+	SetFills( palette, Vertical( QColor( 242, 241, 255 ), QColor( 224, 222, 255 ) ),
+		Vertical( QColor( 238, 237, 255 ), QColor( 248, 248, 255 ) ) );
 	palette.m_HoverOutline = QColor( 194, 191, 230 );
 	palette.m_BarOutline = QColor( 207, 182, 86 );
 	palette.m_BarFill = QColor( 255, 237, 168 );
@@ -24,8 +39,8 @@ MiniProfilerPalette MakeDark()
 {
 	const auto Dark = []( int nRed, int nGreen, int nBlue ) { return QColor( nRed, nGreen, nBlue ).darker( 150 ); };
 	MiniProfilerPalette palette;
-	palette.m_HoverFill = Dark( 132, 152, 164 );
-	palette.m_SelectedFill = Dark( 109, 126, 137 );
+	SetFills( palette, Vertical( Dark( 160, 190, 207 ), Dark( 109, 126, 137 ) ),
+		Vertical( Dark( 132, 152, 164 ), Dark( 151, 195, 221 ) ) );
 	palette.m_HoverOutline = Dark( 95, 108, 115 );
 	palette.m_BarOutline = Dark( 119, 95, 29 );
 	palette.m_BarFill = Dark( 184, 160, 94 );

@@ -2,11 +2,16 @@
 #pragma once
 
 #include <QColor>
+#include <QLinearGradient>
 
 struct MiniProfilerPalette
 {
-	QColor m_HoverFill;
+	// From top (0) to bottom (1) of a cell, for painters that want them. The bar delegate fills its cells plainly: with
+	// the end of the one and the beginning of the other.
+	QLinearGradient m_SelectedGradient;
+	QLinearGradient m_HoverGradient;
 	QColor m_SelectedFill;
+	QColor m_HoverFill;
 	QColor m_HoverOutline;
 	QColor m_BarOutline;
 	QColor m_BarFill;

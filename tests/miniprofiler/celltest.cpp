@@ -225,6 +225,28 @@ TEST_F( MiniProfilerCell, TheDarkPaletteIsDarkerThanItsColoursAreGiven )
 	EXPECT_EQ( palette.m_PeakFill, QColor( 184, 144, 94 ).darker( 150 ) );
 }
 
+TEST( MiniProfilerPalette, HasGradientsWhoseInnerColoursFillTheCells )
+{
+	const auto Stops = []( const QColor &top, const QColor &bottom ) {
+		return QGradientStops{ { 0.0, top }, { 1.0, bottom } };
+	};
+	const MiniProfilerPalette &light = MiniProfilerPalette::For( false );
+	EXPECT_EQ( light.m_SelectedGradient.stops(), Stops( QColor( 242, 241, 255 ), QColor( 224, 222, 255 ) ) );
+	EXPECT_EQ( light.m_HoverGradient.stops(), Stops( QColor( 238, 237, 255 ), QColor( 248, 248, 255 ) ) );
+	EXPECT_EQ( light.m_SelectedFill, QColor( 224, 222, 255 ) );
+	EXPECT_EQ( light.m_HoverFill, QColor( 238, 237, 255 ) );
+	const MiniProfilerPalette &dark = MiniProfilerPalette::For( true );
+	EXPECT_EQ( dark.m_SelectedGradient.stops(),
+		Stops( QColor( 160, 190, 207 ).darker( 150 ), QColor( 109, 126, 137 ).darker( 150 ) ) );
+	EXPECT_EQ( dark.m_HoverGradient.stops(),
+		Stops( QColor( 132, 152, 164 ).darker( 150 ), QColor( 151, 195, 221 ).darker( 150 ) ) );
+	for ( const QLinearGradient &gradient : { light.m_SelectedGradient, dark.m_HoverGradient } )
+	{
+		EXPECT_EQ( gradient.start(), QPointF( 0, 0 ) );
+		EXPECT_EQ( gradient.finalStop(), QPointF( 0, 1 ) );
+	}
+}
+
 TEST_F( MiniProfilerCell, AGroupsMembersAreCountedBesideItsName )
 {
 	m_Group.m_nMembers = 12;
