@@ -231,6 +231,18 @@ TEST( RoundTrip, AFrameWithoutTimingsTakesNoMoreRoomThanInItsFile )
 		EXPECT_EQ( FramesOf( Back( ConvertRecordingBytes( recording, format ), format ).m_Bytes ).size(), 4u );
 }
 
+TEST( RoundTrip, ARootAmongItsOwnChildrenHidesNoneBehindIt )
+{
+	CRecordingWriter writer;
+	writer.Header().BeginFrame().Node( 0, "one", 1 ).BeginTimings().Entry( 1, 4 ).Entry( 2, 2 );
+	writer.Node( 0, "two", 0 ).EndFrame(); // the root becomes its own first child, before "one"
+	const std::string recording = TextOf( writer.m_Bytes );
+	const Conversion conversion = ConvertRecordingBytes( recording, Format::Csv );
+	EXPECT_EQ( conversion.m_Bytes,
+		"frame,node,parent,depth,name,calls,time_us,exclusive_us\n0,0,,0,,1,16,8\n0,1,0,1,one,2,8,8\n" );
+	EXPECT_EQ( conversion.m_Report.Get( Note::UnreachableNode ), 0u );
+}
+
 TEST( RoundTrip, WhatATargetCannotHoldIsSaid )
 {
 	CRecordingWriter writer;

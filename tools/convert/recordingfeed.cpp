@@ -13,30 +13,32 @@ CRecordingFeed::CRecordingFeed( const CKestoFile &file, CReport &report )
 	FindNodes();
 }
 
-// A node that was found before ends a chain of siblings: what follows it was found together with it.
+// A node that was followed to its siblings before ends a chain of them: what comes behind it was found together with
+// it. A damaged recording may have the root in a chain, which was found without that.
 void CRecordingFeed::FindNodes()
 {
-	std::vector<bool> known( static_cast<size_t>( wire::RECORDING_MAX_NODES ) );
+	std::vector<bool> followed( static_cast<size_t>( wire::RECORDING_MAX_NODES ) );
 	const int32_t nRoot = m_File.GetRootNode();
 	if ( nRoot < 0 || nRoot >= wire::RECORDING_MAX_NODES )
 		return;
-	known[static_cast<size_t>( nRoot )] = true;
 	m_Found.push_back( { nRoot, CCallTree::NONE, nRoot + 1 } );
 	for ( size_t i = 0; i < m_Found.size(); i++ )
 	{
 		const int32_t nNeededCount = m_Found[i].m_nNeededCount;
 		for ( int32_t nChild = m_File.GetNodeFirstChild( m_Found[i].m_nNode );
-			  nChild >= 0 && !known[static_cast<size_t>( nChild )]; nChild = m_File.GetNodeNextSibling( nChild ) )
+			  nChild >= 0 && !followed[static_cast<size_t>( nChild )]; nChild = m_File.GetNodeNextSibling( nChild ) )
 		{
-			known[static_cast<size_t>( nChild )] = true;
-			m_Found.push_back( { nChild, static_cast<int32_t>( i ), std::max( nNeededCount, nChild + 1 ) } );
+			followed[static_cast<size_t>( nChild )] = true;
+			if ( nChild != nRoot )
+				m_Found.push_back( { nChild, static_cast<int32_t>( i ), std::max( nNeededCount, nChild + 1 ) } );
 		}
 	}
+	const auto isFound = [&]( int32_t nNode ) { return nNode == nRoot || followed[static_cast<size_t>( nNode )]; };
 	const int32_t nRootParent = m_File.GetNodeParent( nRoot );
-	if ( nRootParent >= 0 && !known[static_cast<size_t>( nRootParent )] )
+	if ( nRootParent >= 0 && !isFound( nRootParent ) )
 		m_nRootParent = nRootParent;
 	for ( int32_t i = 0; i < m_File.GetNodeCount(); i++ )
-		if ( m_File.GetNodeParent( i ) >= 0 && !known[static_cast<size_t>( i )] )
+		if ( m_File.GetNodeParent( i ) >= 0 && !isFound( i ) )
 			m_Report.Add( Note::UnreachableNode );
 }
 
