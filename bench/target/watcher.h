@@ -19,6 +19,19 @@
 #include "wire/controlchunks.h"
 #include "wire/sessionchunks.h"
 
+// A socket that is connected to the port of this process's session.
+inline int ConnectToPort()
+{
+	const int nSocket = socket( AF_INET, SOCK_STREAM, 0 );
+	sockaddr_in address{};
+	address.sin_family = AF_INET;
+	address.sin_port = htons( showbudget::Port() );
+	address.sin_addr.s_addr = htonl( INADDR_LOOPBACK );
+	if ( connect( nSocket, reinterpret_cast<sockaddr *>( &address ), sizeof( address ) ) != 0 )
+		std::abort();
+	return nSocket;
+}
+
 class CWatcher
 {
 public:
@@ -29,13 +42,7 @@ public:
 		settings.m_pLog = []( showbudget::Severity, const char *, void * ) {};
 		if ( !showbudget::Start( settings ) )
 			std::abort();
-		m_nSocket = socket( AF_INET, SOCK_STREAM, 0 );
-		sockaddr_in address{};
-		address.sin_family = AF_INET;
-		address.sin_port = htons( showbudget::Port() );
-		address.sin_addr.s_addr = htonl( INADDR_LOOPBACK );
-		if ( connect( m_nSocket, reinterpret_cast<sockaddr *>( &address ), sizeof( address ) ) != 0 )
-			std::abort();
+		m_nSocket = ConnectToPort();
 		Send( wire::CHUNK_HELLO, wire::WriteHello( { wire::PROTOCOL_VERSION, 0, 0, "benchmark" } ) );
 		Send( wire::CHUNK_SAMPLING, wire::WriteSamplingRequest( { true, {} } ) );
 		Send( wire::CHUNK_MINIPROFILER_CONTROL, wire::WriteMiniProfilerControl( true ) );
