@@ -99,9 +99,9 @@ void EndRecording( bool bWait );
 // In a forked child: there is no recording.
 void ForgetRecording();
 
-// Reads options like "frames=100 megabytes=50 slower=20 around=2 threads=all", separated by blanks. False, and why in
-// `error`, at the first that is wrong.
-bool ReadRecordingOptions( std::string_view text, RecordingOptions &options, std::string &error );
+// Reads an option: frames=100, megabytes=50, slower=20, around=2 or threads=all. False, and why in `error`, when it is
+// wrong.
+bool ReadRecordingOption( std::string_view word, RecordingOptions &options, std::string &error );
 // What SHOWBUDGET_RECORD and SHOWBUDGET_RECORD_OPTIONS ask for.
 void BeginRecordingOfEnvironment();
 } // namespace showbudget

@@ -1,7 +1,7 @@
+// How a recording is asked for: by the engine, by the environment, and what both and the command have in common.
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <string_view>
 
 #include "engine.h"
@@ -13,8 +13,6 @@ namespace showbudget
 namespace
 {
 constexpr uint64_t MEGABYTE = 1000000;
-constexpr size_t MAX_FILE_NAME = 200;
-constexpr std::string_view SUFFIX = ".kesto";
 
 template <typename Number>
 bool ReadNumber( std::string_view text, Number nLimit, Number &out )
@@ -61,8 +59,9 @@ bool ReadOption( std::string_view name, std::string_view value, RecordingOptions
 	expected = "one of frames=, megabytes=, slower=, around=, threads=";
 	return false;
 }
+} // namespace
 
-bool ReadOptionWord( std::string_view word, RecordingOptions &options, std::string &error )
+bool ReadRecordingOption( std::string_view word, RecordingOptions &options, std::string &error )
 {
 	const size_t nEquals = word.find( '=' );
 	const std::string_view value = nEquals == std::string_view::npos ? "" : word.substr( nEquals + 1 );
@@ -73,94 +72,22 @@ bool ReadOptionWord( std::string_view word, RecordingOptions &options, std::stri
 	return false;
 }
 
-// The folder that consoles may record into; set once.
-std::string g_Folder;
-
-std::string DefaultFileName()
+namespace
 {
-	const time_t nNow = time( nullptr );
-	tm local{};
-	localtime_r( &nNow, &local );
-	char name[64];
-	const size_t nLength = std::strftime( name, sizeof( name ), "recording-%Y%m%d-%H%M%S.kesto", &local );
-	return { name, nLength };
-}
-
-// A name in the folder and nothing else: whoever can reach the engine's port may send commands.
-bool ReadFileName( std::string_view name, RecordingOptions &options, std::string &error )
-{
-	if ( name.empty() || name[0] == '.' || name.size() > MAX_FILE_NAME || name.find( '/' ) != std::string_view::npos )
-	{
-		error = '"' + std::string( name ) + "\" is no plain file name";
-		return false;
-	}
-	options.m_Path = g_Folder + '/' + std::string( name );
-	if ( !name.ends_with( SUFFIX ) )
-		options.m_Path += SUFFIX;
-	return true;
-}
-
-void StartOnCommand( int nArguments, const char *const *ppArguments )
-{
-	RecordingOptions options;
-	options.m_bNewFile = true;
-	std::string error;
-	bool bGood = ReadFileName( DefaultFileName(), options, error );
-	for ( int i = 2; i < nArguments && bGood; i++ )
-	{
-		const std::string_view word = ppArguments[i];
-		bGood = i == 2 && word.find( '=' ) == std::string_view::npos ? ReadFileName( word, options, error )
-																	 : ReadOptionWord( word, options, error );
-	}
-	if ( bGood )
-		BeginRecording( std::move( options ), false );
-	else
-		PrintFormat( Severity::Warning, "record: %s.", error.c_str() );
-}
-
-void PrintState()
-{
-	const RecordingState state = GetRecordingState();
-	PrintFormat( Severity::Message, "%s: %llu frames, %.1f MB, %llu frames not written.",
-		state.m_bRunning ? "Recording" : "Not recording; the last recording",
-		static_cast<unsigned long long>( state.m_nFrames ), static_cast<double>( state.m_nBytes ) * 1.0e-6,
-		static_cast<unsigned long long>( state.m_nDropped ) );
-}
-
-void StopOnCommand()
-{
-	if ( GetRecordingState().m_bRunning )
-		EndRecording( false );
-	else
-		Print( Severity::Warning, "record: nothing is being recorded." );
-}
-
-void OnRecord( int nArguments, const char *const *ppArguments, void * )
-{
-	const std::string_view what = nArguments > 1 ? ppArguments[1] : "";
-	if ( what == "start" )
-		StartOnCommand( nArguments, ppArguments );
-	else if ( what == "stop" && nArguments == 2 )
-		StopOnCommand();
-	else if ( nArguments == 1 )
-		PrintState();
-	else
-		Print( Severity::Warning, "record takes \"start\" with a file name and options, or \"stop\"." );
-}
-} // namespace
-
-bool ReadRecordingOptions( std::string_view text, RecordingOptions &options, std::string &error )
+// Options like "frames=100 megabytes=50 slower=20", separated by blanks. False at the first that is wrong.
+bool ReadOptions( std::string_view text, RecordingOptions &options, std::string &error )
 {
 	constexpr std::string_view BLANKS = " \t\n";
 	for ( size_t nBegin = text.find_first_not_of( BLANKS ); nBegin != std::string_view::npos; )
 	{
 		const size_t nEnd = std::min( text.find_first_of( BLANKS, nBegin ), text.size() );
-		if ( !ReadOptionWord( text.substr( nBegin, nEnd - nBegin ), options, error ) )
+		if ( !ReadRecordingOption( text.substr( nBegin, nEnd - nBegin ), options, error ) )
 			return false;
 		nBegin = text.find_first_not_of( BLANKS, nEnd );
 	}
 	return true;
 }
+} // namespace
 
 void BeginRecordingOfEnvironment()
 {
@@ -171,7 +98,7 @@ void BeginRecordingOfEnvironment()
 	options.m_Path = pPath;
 	const char *pOptions = secure_getenv( "SHOWBUDGET_RECORD_OPTIONS" );
 	std::string error;
-	if ( ReadRecordingOptions( pOptions ? pOptions : "", options, error ) )
+	if ( ReadOptions( pOptions ? pOptions : "", options, error ) )
 		BeginRecording( std::move( options ), true );
 	else
 		LogLine( Severity::Error, "SHOWBUDGET_RECORD_OPTIONS: " + error + "; nothing is recorded" );
@@ -196,17 +123,5 @@ bool StartRecording( const RecordingSettings &settings )
 void StopRecording()
 {
 	EndRecording( true );
-}
-
-bool RegisterRecordCommand( const char *pFolder )
-{
-	const std::string folder = pFolder && *pFolder ? pFolder : ".";
-	if ( !RegisterCommand( "record",
-			 "start [NAME] [frames=N] [megabytes=N] [slower=MS] [around=N] [threads=all], stop, or nothing to see how "
-			 "it goes: records frames into a file",
-			 OnRecord, nullptr ) )
-		return false;
-	g_Folder = folder;
-	return true;
 }
 } // namespace showbudget

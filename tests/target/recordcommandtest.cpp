@@ -79,6 +79,14 @@ TEST_F( RecordCommand, MakesUpANameAndTakesOptions )
 	EXPECT_THAT( m_pConsole->ReceiveLine(), HasSubstr( "ended at its limit of 3 frames: 3 frames" ) );
 }
 
+TEST_F( RecordCommand, MakesUpANameForEachRecording )
+{
+	EXPECT_THAT( Answer( "record start" ), HasSubstr( "recording to \"" ) );
+	EXPECT_THAT( Answer( "record stop" ), HasSubstr( "ended: " ) );
+	EXPECT_THAT( Answer( "record start" ), HasSubstr( "recording to \"" ) );
+	EXPECT_THAT( Answer( "record stop" ), HasSubstr( "ended: " ) );
+}
+
 TEST_F( RecordCommand, SaysWhatIsWrongWithACommand )
 {
 	for ( const auto &[command, answer] :
