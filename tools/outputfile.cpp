@@ -147,13 +147,21 @@ bool COutputFile::WriteBuffer()
 	return true;
 }
 
+// Before the new file takes the place of the old one: were the machine to stop in between, neither would be whole. What
+// goes straight out replaces nothing, and some file systems do not know how.
+bool COutputFile::WriteToDisk()
+{
+	return m_TemporaryPath.empty() || fsync( m_nFile ) == 0 || errno == EINVAL || errno == ENOSYS ||
+		   Fail( LastSystemError() );
+}
+
 bool COutputFile::Commit()
 {
 	if ( !m_Problem.empty() )
 		return false;
 	if ( m_bStandardOutput )
 		return m_StandardOutput.flush() || Fail( "cannot be written" );
-	if ( !WriteBuffer() )
+	if ( !WriteBuffer() || !WriteToDisk() )
 		return false;
 	// Some file systems report only here that there was no room.
 	if ( close( std::exchange( m_nFile, -1 ) ) != 0 )

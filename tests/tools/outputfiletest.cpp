@@ -3,14 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <functional>
 #include <sstream>
 
 #include "tests/tools/kestorun.h"
 
 namespace
 {
+// What a disk says when it is to take a file in; without one, the disk itself is asked.
+std::function<int()> g_Disk;
 mode_t ModeOf( const std::string &path )
 {
 	struct stat status;
@@ -18,6 +23,12 @@ mode_t ModeOf( const std::string &path )
 	return status.st_mode & 07777;
 }
 } // namespace
+
+// In front of the C library's.
+extern "C" int fsync( int nFile )
+{
+	return g_Disk ? g_Disk() : static_cast<int>( syscall( SYS_fsync, nFile ) );
+}
 
 class OutputFile : public testing::Test
 {
@@ -47,6 +58,56 @@ TEST_F( OutputFile, WhatWasThereStaysUntilThen )
 	EXPECT_EQ( m_Folder.Read( "x" ), "old" );
 	EXPECT_TRUE( m_Output.Commit() );
 	EXPECT_EQ( m_Folder.Read( "x" ), std::string( 1 << 20, 'n' ) );
+}
+
+TEST_F( OutputFile, TheDiskTakesTheNewFileBeforeTheOldOneGoes )
+{
+	m_Folder.Write( "x", ToBytes( "old" ) );
+	int nAsked = 0;
+	g_Disk = [&]
+	{
+		nAsked++;
+		EXPECT_EQ( m_Folder.Read( "x" ), "old" );
+		EXPECT_EQ( m_Folder.Names().size(), 2u );
+		return 0;
+	};
+	ASSERT_TRUE( m_Output.Open( m_Folder.Path( "x" ) ) );
+	EXPECT_TRUE( m_Output.Write( "new" ) );
+	EXPECT_TRUE( m_Output.Commit() );
+	g_Disk = nullptr;
+	EXPECT_EQ( nAsked, 1 );
+	EXPECT_EQ( m_Folder.Read( "x" ), "new" );
+}
+
+TEST_F( OutputFile, WhatWasThereStaysWhereTheDiskFails )
+{
+	m_Folder.Write( "x", ToBytes( "old" ) );
+	ASSERT_TRUE( m_Output.Open( m_Folder.Path( "x" ) ) );
+	EXPECT_TRUE( m_Output.Write( "new" ) );
+	g_Disk = []
+	{
+		errno = EIO;
+		return -1;
+	};
+	EXPECT_FALSE( m_Output.Commit() );
+	g_Disk = nullptr;
+	EXPECT_EQ( m_Output.Problem(), "kesto: " + m_Folder.Path( "x" ) + ": Input/output error" );
+	EXPECT_EQ( m_Folder.Names(), std::vector<std::string>{ "x" } );
+	EXPECT_EQ( m_Folder.Read( "x" ), "old" );
+}
+
+TEST_F( OutputFile, IsThereAlsoWhereTheFileSystemCannotBeAsked )
+{
+	g_Disk = []
+	{
+		errno = EINVAL;
+		return -1;
+	};
+	ASSERT_TRUE( m_Output.Open( m_Folder.Path( "x" ) ) );
+	EXPECT_TRUE( m_Output.Write( "new" ) );
+	EXPECT_TRUE( m_Output.Commit() );
+	g_Disk = nullptr;
+	EXPECT_EQ( m_Folder.Read( "x" ), "new" );
 }
 
 TEST_F( OutputFile, LeavesNothingBehindWithoutACommit )
