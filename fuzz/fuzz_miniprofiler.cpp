@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "keel0/logging.h"
+#include "keptwarnings.h"
 #include "memorylimit.h"
 #include "miniprofiler/miniprofilerdecoder.h"
 #include "miniprofiler/miniprofilermodel.h"
@@ -17,8 +17,6 @@
 
 namespace
 {
-std::vector<std::string> g_Warnings;
-
 using Bytes = std::vector<uint8_t>;
 
 uint64_t Number( const Bytes &bytes, uint64_t nOffset, int nBytes )
@@ -228,7 +226,7 @@ void CompareRecord( const CMiniProfilerModel &model, const CQMiniProfilerRecord 
 
 void Compare( CMiniProfilerModel &model, SlowModel &slow )
 {
-	Require( g_Warnings == slow.m_Warnings, "the warnings" );
+	Require( CKeptWarnings::Texts() == slow.m_Warnings, "the warnings" );
 	Require( model.TakeWantedIds() == slow.m_Wanted, "the wanted ids" );
 	Require( model.Records().size() == slow.m_Records.size(), "the number of records" );
 	for ( const auto &pRecord : model.Records() )
@@ -257,14 +255,7 @@ bool Decode( const Bytes &chunk, CMiniProfilerModel &model )
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 {
-	static const bool s_bListening = []
-	{
-		Logging_AddListener(
-			[]( LoggingSeverity, const char *pText, void * ) { g_Warnings.emplace_back( pText ); }, nullptr );
-		return true;
-	}();
-	Require( s_bListening, "listening" );
-	g_Warnings.clear();
+	CKeptWarnings::Begin();
 
 	CMiniProfilerModel model( 1 );
 	SlowModel slow;

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "keel0/logging.h"
+#include "keptwarnings.h"
 #include "memorylimit.h"
 #include "miniprofiler/miniprofilerdecoder.h"
 #include "miniprofiler/miniprofilermodel.h"
@@ -19,8 +19,6 @@
 
 namespace
 {
-std::vector<std::string> g_Warnings;
-
 QString Converted( const std::string &text )
 {
 	return QString::fromUtf8( text.data(), static_cast<int>( text.size() ) );
@@ -173,7 +171,7 @@ void CompareRecord( CQMiniProfilerRecord &record, const SlowName &expected )
 
 void Compare( CMiniProfilerModel &model, CSlowReader &slow )
 {
-	Require( g_Warnings == slow.m_Warnings, "the warnings" );
+	Require( CKeptWarnings::Texts() == slow.m_Warnings, "the warnings" );
 	Require( model.TakeWantedIds() == slow.m_Wanted, "the wanted ids" );
 	Require( model.Counters().m_nNamesSent == slow.m_nNamesSent, "the names sent" );
 	Require( model.Records().size() == slow.m_Names.size(), "the number of records" );
@@ -222,14 +220,7 @@ void CompareGroups( CMiniProfilerModel &model, const CSlowReader &slow, MiniProf
 
 extern "C" int LLVMFuzzerTestOneInput( const uint8_t *pData, size_t nSize )
 {
-	static const bool s_bListening = []
-	{
-		Logging_AddListener(
-			[]( LoggingSeverity, const char *pText, void * ) { g_Warnings.emplace_back( pText ); }, nullptr );
-		return true;
-	}();
-	Require( s_bListening, "listening" );
-	g_Warnings.clear();
+	CKeptWarnings::Begin();
 	if ( nSize < 1 )
 		return 0;
 
