@@ -8,6 +8,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDialog>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QWheelEvent>
@@ -330,6 +331,19 @@ private:
 	CModuleFrame m_Frame{ CServiceConnections( {} ), m_Registry };
 	CShowBudgetTool m_Tool{ m_Frame };
 };
+
+// Cancels each dialog that an action opens, which would wait for a user otherwise.
+class CDialogCanceller final : public QObject
+{
+public:
+	bool eventFilter( QObject *pWatched, QEvent *pEvent ) override
+	{
+		if ( pEvent->type() == QEvent::Show && qobject_cast<QDialog *>( pWatched ) )
+			QMetaObject::invokeMethod( pWatched, "reject", Qt::QueuedConnection );
+		return false;
+	}
+};
+
 void Run( std::span<const uint8_t> input )
 {
 	CBytes bytes( input );
@@ -348,6 +362,8 @@ void SetUpProcess()
 	static char *arguments[] = { name, nullptr };
 	qputenv( "QT_QPA_PLATFORM", "offscreen" );
 	pApplication = new QApplication( nArguments, arguments );
+	static CDialogCanceller s_Canceller;
+	pApplication->installEventFilter( &s_Canceller );
 	qInstallMessageHandler( []( QtMsgType, const QMessageLogContext &, const QString & ) {} );
 	Logging_AddListener( []( LoggingSeverity, const char *, void * ) {}, nullptr );
 	testing::GTEST_FLAG( break_on_failure ) = true; // the fakes report with it
