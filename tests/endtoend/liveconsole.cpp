@@ -17,7 +17,7 @@
 
 bool WaitUntil( const std::function<bool()> &condition )
 {
-	constexpr qint64 PATIENCE_MS = 30000;
+	constexpr qint64 PATIENCE_MS = 120000; // for a broken program; a busy machine may need more than half a minute
 	QElapsedTimer timer;
 	timer.start();
 	while ( !condition() )

@@ -91,15 +91,16 @@ TEST( LiveEngine, AKilledEngineStopsTheWindowAndARestartedOneComesBack )
 
 TEST( LiveEngine, TheSlowFrameOfACommandIsFoundWithOneKey )
 {
-	constexpr double SLOW_MS = 400.0;
+	// On a busy machine every frame may take half a second.
+	constexpr double SLOW_MS = 2000.0;
 	CDemoEngine engine;
 	ASSERT_NO_FATAL_FAILURE( engine.Start() );
-	// The lower threshold at 3 frames per second: only a frame of more than 333 ms is slower.
+	// The lower threshold at 1 frame per second: only a frame of more than a second is slower.
 	CLiveConsole console( engine.Port(),
-		"\"Tessel\" { \"sub_tools\" { \"Tessel_SubTool_001_ShowBudgetTool\" { \"fps_lower_marker\" \"3\" } } }" );
+		"\"Tessel\" { \"sub_tools\" { \"Tessel_SubTool_001_ShowBudgetTool\" { \"fps_lower_marker\" \"1\" } } }" );
 	ASSERT_TRUE( WaitUntil( [&]() { return IsRunning( console, 5 ); } ) );
 
-	console.SendCommand( QStringLiteral( "slow 400" ) );
+	console.SendCommand( QStringLiteral( "slow 2000" ) );
 	// The slow frame may pass between two looks at the window; that many frames later it has surely been.
 	const int nSurelyPast = console.SampleCount() + 200;
 	ASSERT_TRUE(
