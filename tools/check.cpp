@@ -11,6 +11,7 @@
 #include "tools/numberoption.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
+#include "wire/plaintext.h"
 
 namespace
 {
@@ -73,7 +74,7 @@ public:
 		if ( !bKept )
 			m_Status = std::max( m_Status, ExitStatus::Damage );
 		m_Table.AddRow( { bKept ? "ok" : "BROKEN", FormatFixed( flMeasured, 3 ), limit.m_Text,
-			limit.m_Name.empty() ? "(frame)" : OneLine( limit.m_Name ) } );
+			limit.m_Name.empty() ? "(frame)" : wire::ToPlainLine( limit.m_Name ) } );
 		m_bMeasured = true;
 	}
 

@@ -11,6 +11,7 @@
 #include "tools/progress.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
+#include "wire/plaintext.h"
 
 namespace
 {
@@ -115,8 +116,8 @@ std::string FormatProbability( const std::optional<double> &flProbability )
 void PrintText(
 	std::ostream &output, const LoadedRecording &a, const LoadedRecording &b, const std::vector<ComparedNode> &nodes )
 {
-	output << "A  " << OneLine( a.m_Path ) << ", frames: " << a.FrameCount() << '\n'
-		   << "B  " << OneLine( b.m_Path ) << ", frames: " << b.FrameCount() << "\n\n";
+	output << "A  " << wire::ToPlainLine( a.m_Path ) << ", frames: " << a.FrameCount() << '\n'
+		   << "B  " << wire::ToPlainLine( b.m_Path ) << ", frames: " << b.FrameCount() << "\n\n";
 	CTextTable table( { "A mean ms", "B mean ms", "change ms", "change", "p", "A p95 ms", "B p95 ms", "node" } );
 	const auto time = []( const std::optional<NodeFigures> &figures, double NodeFigures::*pTime )
 	{ return figures ? FormatMilliseconds( ( *figures ).*pTime ) : std::string( "-" ); };

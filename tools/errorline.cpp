@@ -3,16 +3,16 @@
 #include <cerrno>
 #include <system_error>
 
-#include "tools/text.h"
+#include "wire/plaintext.h"
 
 static void AppendOneLine( std::string &line, std::string_view text )
 {
 	for ( size_t nEnd = text.find( '\n' ); nEnd != std::string_view::npos; nEnd = text.find( '\n' ) )
 	{
-		line += OneLine( text.substr( 0, nEnd ) ) + "; ";
+		line += wire::ToPlainLine( text.substr( 0, nEnd ) ) + "; ";
 		text.remove_prefix( nEnd + 1 );
 	}
-	line += OneLine( text );
+	line += wire::ToPlainLine( text );
 }
 
 std::string FormatErrorLine( std::string_view file, std::optional<int64_t> nOffset, std::string_view what )

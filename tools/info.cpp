@@ -8,6 +8,7 @@
 #include "tools/summary.h"
 #include "tools/text.h"
 #include "tools/texttable.h"
+#include "wire/plaintext.h"
 
 namespace
 {
@@ -113,7 +114,7 @@ void PrintTopNodes( std::ostream &output, const Summary &summary )
 
 void PrintText( std::ostream &output, const LoadedRecording &recording, const Summary &summary )
 {
-	output << "File           " << OneLine( recording.m_Path ) << '\n'
+	output << "File           " << wire::ToPlainLine( recording.m_Path ) << '\n'
 		   << "Size           " << summary.m_nSize << " bytes\n"
 		   << "Frames         " << summary.m_nFrames << ( recording.m_bFailed ? " (the file is damaged)" : "" ) << '\n'
 		   << "Nodes          " << summary.m_nNodes << ", depth " << summary.m_nLevels << '\n'

@@ -5,6 +5,7 @@
 
 #include "keel0/platform.h"
 #include "tools/text.h"
+#include "wire/plaintext.h"
 
 namespace
 {
@@ -14,7 +15,7 @@ constexpr size_t LONGEST_LABEL = 72; // characters; a line that wraps could not 
 
 std::string ShownLabel( std::string_view label )
 {
-	return ShortenMiddle( OneLine( label ), LONGEST_LABEL );
+	return ShortenMiddle( wire::ToPlainLine( label ), LONGEST_LABEL );
 }
 } // namespace
 

@@ -59,37 +59,6 @@ std::string NameForTable( std::string_view latin1 )
 	return text;
 }
 
-// Bytes of the control character that the text begins with; 0 when it begins with something else.
-static size_t ControlLength( std::string_view utf8 )
-{
-	const auto byteAt = [&]( size_t i )
-	{ return i < utf8.size() ? static_cast<unsigned char>( utf8[i] ) : static_cast<unsigned char>( 0 ); };
-	const auto isBetween = []( unsigned nByte, unsigned nFirst, unsigned nLast )
-	{ return nByte >= nFirst && nByte <= nLast; };
-	if ( byteAt( 0 ) < 0x20 || byteAt( 0 ) == 0x7F )
-		return 1;
-	if ( byteAt( 0 ) == 0xC2 && isBetween( byteAt( 1 ), 0x80, 0x9F ) ) // U+0080 to U+009F
-		return 2;
-	if ( byteAt( 0 ) != 0xE2 )
-		return 0;
-	const bool bMark = byteAt( 1 ) == 0x80 && isBetween( byteAt( 2 ), 0x8E, 0x8F );      // U+200E, U+200F
-	const bool bSeparator = byteAt( 1 ) == 0x80 && isBetween( byteAt( 2 ), 0xA8, 0xAE ); // U+2028 to U+202E
-	const bool bIsolate = byteAt( 1 ) == 0x81 && isBetween( byteAt( 2 ), 0xA6, 0xA9 );   // U+2066 to U+2069
-	return bMark || bSeparator || bIsolate ? 3 : 0;
-}
-
-std::string OneLine( std::string_view utf8 )
-{
-	std::string line;
-	for ( size_t i = 0; i < utf8.size(); )
-	{
-		const size_t nControl = ControlLength( utf8.substr( i ) );
-		line += nControl > 0 ? '?' : utf8[i];
-		i += std::max<size_t>( nControl, 1 );
-	}
-	return line;
-}
-
 static bool IsContinuation( char c )
 {
 	return ( static_cast<unsigned char>( c ) & 0xC0 ) == 0x80;

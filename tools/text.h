@@ -15,10 +15,6 @@ std::optional<std::string> Utf8ToLatin1( std::string_view utf8 );
 // As Latin1ToUtf8, with "?" for control characters: fits in one line of a table.
 std::string NameForTable( std::string_view latin1 );
 
-// A text from outside (a file's name, say) as one line of a terminal: "?" for each control character, those that turn
-// the direction of text included.
-std::string OneLine( std::string_view utf8 );
-
 size_t CountCharacters( std::string_view utf8 ); // not bytes
 
 // A text of at most nCharacters (> 5) characters, with "..." in its middle where some were left out.

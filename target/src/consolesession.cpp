@@ -7,8 +7,8 @@
 
 #include "framecollector.h"
 #include "registry.h"
-#include "text.h"
 #include "wire/controlchunks.h"
+#include "wire/plaintext.h"
 
 namespace showbudget
 {
@@ -107,7 +107,7 @@ void CConsoleSession::OnHello( std::span<const uint8_t> payload )
 	if ( !hello )
 		return End( State::Over, "its greeting is too short" );
 	if ( !hello->m_Name.empty() )
-		m_Name += " (" + OneLine( hello->m_Name ) + ')';
+		m_Name += " (" + wire::ToPlainLine( hello->m_Name ) + ')';
 	// From here on it is a console, if maybe one that is not let in: it learns who it talked to in any case.
 	const wire::Hello answer = m_Owner.Answer( *hello );
 	AppendChunk( m_Queued, wire::CHUNK_HELLO, wire::WriteHello( answer ) );

@@ -64,13 +64,6 @@ std::string ToLatin1( std::string_view utf8 )
 	return latin1;
 }
 
-std::string OneLine( std::string_view text )
-{
-	std::string line( text );
-	std::transform( text.begin(), text.end(), line.begin(), BlankForControl );
-	return line;
-}
-
 void CopyLine( char *pOut, size_t nOutSize, std::string_view text )
 {
 	text = CutAtCharacter( text, nOutSize - 1 );

@@ -15,10 +15,8 @@ std::string_view TextOrEmpty( const char *pText );
 // For files of 8-bit text: a character that Latin-1 does not have becomes '?', a byte that is not UTF-8 stays.
 std::string ToLatin1( std::string_view utf8 );
 
-// Control characters become blanks, so that the result is one line.
-std::string OneLine( std::string_view text );
-
-// Copies a text into memory that also holds its terminator, cut if need be, as one line.
+// Copies a text into memory that also holds its terminator, cut if need be, as one line: control characters become
+// blanks.
 void CopyLine( char *pOut, size_t nOutSize, std::string_view text );
 
 template <size_t nSize>

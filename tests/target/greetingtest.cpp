@@ -124,7 +124,22 @@ TEST_F( Greeting, AConsolesNameIsOneLineInTheLog )
 	CTestConsole console( showbudget::Port() );
 	console.Send( wire::CHUNK_HELLO, wire::WriteHello( { 2, 0, 0, "me\nError: all is lost\x1b[2J" } ) );
 	console.ReceiveType( wire::CHUNK_HELLO );
-	EXPECT_TRUE( WaitForLog( "(me Error: all is lost [2J) connected" ) );
+	EXPECT_TRUE( WaitForLog( "(me?Error: all is lost?[2J) connected" ) );
+}
+
+// Whoever reaches the port can write there what he likes, also when he is not let in.
+TEST_F( Greeting, ANameHasNothingThatTheTerminalOfTheLogObeys )
+{
+	CTestConsole console( showbudget::Port() );
+	// Escape sequences of 8-bit terminals, in UTF-8 and without, and a character that turns the direction of text.
+	const std::string name = "a\xC2\x9B"
+							 "1m\x9B"
+							 "2J \xE2\x80\xAE"
+							 "ereht \xC3\xA9";
+	console.Send( wire::CHUNK_HELLO, wire::WriteHello( { 7, 0, 0, name } ) );
+	console.ReceiveType( wire::CHUNK_HELLO );
+	EXPECT_TRUE( console.IsEnded() );
+	EXPECT_TRUE( WaitForLog( "(a?1m?2J ?ereht \xC3\xA9) left: refused" ) );
 }
 
 TEST_F( Greeting, TheFifthConsoleIsToldWhyItIsRefused )
