@@ -25,6 +25,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "wire/chunkassembler.h"
@@ -54,8 +55,9 @@ void AppendChunk( std::vector<uint8_t> &bytes, uint32_t nType, std::span<const u
 class CSession
 {
 public:
-	CSession( double flSeconds, const ChunkHandler &handler )
-		: m_flSeconds( std::min( flSeconds, LONGEST ) )
+	CSession( std::string token, double flSeconds, const ChunkHandler &handler )
+		: m_Token( std::move( token ) )
+		, m_flSeconds( std::min( flSeconds, LONGEST ) )
 		, m_Handler( handler )
 	{
 	}
@@ -114,8 +116,7 @@ private:
 				wire::Hello hello;
 				hello.m_nProcessId = static_cast<uint32_t>( getpid() );
 				hello.m_Name = asio::ip::host_name( ignored );
-				if ( const char *pToken = std::getenv( "SHOWBUDGET_TOKEN" ) )
-					hello.m_Token = pToken;
+				hello.m_Token = m_Token;
 				Send( wire::CHUNK_HELLO, wire::WriteHello( hello ) );
 				Receive();
 			} );
@@ -185,12 +186,18 @@ private:
 						   " of the protocol, this program version " + std::to_string( wire::PROTOCOL_VERSION ) );
 		if ( !hello->m_Refusal.empty() )
 			return Finish( "the engine refuses this program: " + hello->m_Refusal );
+		if ( !m_Token.empty() && hello->m_Token != m_Token )
+			return Finish( hello->m_Token.empty()
+							   ? "the engine has no token, and this program only talks to those that "
+								 "know its own"
+							   : "the engine has another token than this program" );
 		m_End.m_bSampling = true;
 		m_Start = Clock::now();
 		WaitFor( std::chrono::duration_cast<Clock::duration>( std::chrono::duration<double>( m_flSeconds ) ), "" );
 		Send( wire::CHUNK_SAMPLING, wire::WriteSamplingRequest( { true, {} } ) );
 	}
 
+	const std::string m_Token;
 	const double m_flSeconds;
 	const ChunkHandler &m_Handler;
 
@@ -210,8 +217,9 @@ private:
 };
 } // namespace
 
-EngineSessionEnd RunEngineSession( const EngineAddress &address, double flSeconds, const ChunkHandler &handler )
+EngineSessionEnd RunEngineSession(
+	const EngineAddress &address, const std::string &token, double flSeconds, const ChunkHandler &handler )
 {
-	const auto pSession = std::make_unique<CSession>( flSeconds, handler );
+	const auto pSession = std::make_unique<CSession>( token, flSeconds, handler );
 	return pSession->Run( address );
 }

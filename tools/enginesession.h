@@ -21,5 +21,6 @@ using ChunkHandler =
 
 // Connects, greets, asks for budgets, and hands on what the engine sends until flSeconds later. Connecting and the
 // greeting may take 3 seconds each. SIGINT and SIGTERM end the session in good order. Chunks of another version are
-// skipped.
-EngineSessionEnd RunEngineSession( const EngineAddress &address, double flSeconds, const ChunkHandler &handler );
+// skipped. With a token that is not empty, an engine that does not know it is not talked to.
+EngineSessionEnd RunEngineSession(
+	const EngineAddress &address, const std::string &token, double flSeconds, const ChunkHandler &handler );

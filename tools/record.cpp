@@ -3,6 +3,7 @@
 #include <limits>
 #include <ostream>
 
+#include "tools/accesstoken.h"
 #include "tools/budgetsheet.h"
 #include "tools/commands.h"
 #include "tools/enginesession.h"
@@ -35,13 +36,13 @@ public:
 	{
 	}
 
-	ExitStatus Run( const EngineAddress &address )
+	ExitStatus Run( const EngineAddress &address, const std::string &token )
 	{
 		if ( !m_Output.Open( m_Options.m_Output ) )
 			return FailOutput();
 		const double flSeconds =
 			m_Options.m_flSeconds > 0.0 ? m_Options.m_flSeconds : std::numeric_limits<double>::max();
-		const EngineSessionEnd end = RunEngineSession( address, flSeconds,
+		const EngineSessionEnd end = RunEngineSession( address, token, flSeconds,
 			[this]( const wire::ChunkHeader &header, std::span<const uint8_t> payload, double flTime )
 			{ return OnChunk( header, payload, flTime ); } );
 		if ( !m_Output.Problem().empty() )
@@ -120,7 +121,14 @@ ExitStatus Record( CommandContext &context, const RecordOptions &options )
 		context.m_Errors << FormatErrorLine( {}, {}, "when to end? Give --seconds or --frames" ) << '\n';
 		return ExitStatus::Unusable;
 	}
-	return CBudgetRecorder( context, options ).Run( *ReadEngineAddress( options.m_Address ) );
+	std::string problem;
+	const std::optional<std::string> token = FindAccessToken( problem );
+	if ( !token )
+	{
+		context.m_Errors << FormatErrorLine( {}, {}, problem ) << '\n';
+		return ExitStatus::Unusable;
+	}
+	return CBudgetRecorder( context, options ).Run( *ReadEngineAddress( options.m_Address ), *token );
 }
 
 std::string CheckAddress( const std::string &text )

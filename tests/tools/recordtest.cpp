@@ -1,8 +1,9 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <atomic>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <thread>
 
 #include "target/showbudget.h"
@@ -225,25 +226,102 @@ TEST_F( KestoRecord, SaysWhyTheEngineRefusesIt )
 	EXPECT_EQ( run.m_Errors, "kesto: " + engine.Address() + ": the engine refuses this program: token required\n" );
 }
 
-TEST_F( KestoRecord, SendsTheTokenOfTheEnvironment )
+// Sets a variable of the environment for as long as it lives.
+class CVariable
 {
-	std::string texts;
-	CFakeEngine engine(
-		[&]( CFakeEngine &self )
-		{
-			self.Receive();
-			texts.assign( self.m_Received.begin() + 16, self.m_Received.end() );
-			self.SendHello();
-			self.Receive();
-			self.SendBudgets( { "A" } );
-			self.SendFrame( { 1 } );
-			self.WaitForHangUp();
-		} );
-	setenv( "SHOWBUDGET_TOKEN", "open sesame", 1 );
-	const KestoRun run = Record( engine.Address(), { "--frames", "1" } );
-	unsetenv( "SHOWBUDGET_TOKEN" );
-	EXPECT_EQ( run.m_nStatus, 0 );
-	EXPECT_EQ( texts.substr( texts.find( '\0' ) ), std::string( 1, '\0' ) + "open sesame" );
+public:
+	CVariable( const char *pName, const std::string &value )
+		: m_pName( pName )
+	{
+		setenv( pName, value.c_str(), 1 );
+	}
+	~CVariable() { unsetenv( m_pName ); }
+	CVariable( const CVariable & ) = delete;
+	CVariable &operator=( const CVariable & ) = delete;
+
+private:
+	const char *m_pName;
+};
+
+// Records a frame of an engine that greets with certain texts, and keeps those of the program's own greeting.
+class KestoRecordWithAToken : public KestoRecord
+{
+protected:
+	KestoRun RecordFrom( const std::string &textsOfEngine )
+	{
+		CFakeEngine engine(
+			[&]( CFakeEngine &self )
+			{
+				self.Receive();
+				m_Sent.assign( self.m_Received.begin() + 16, self.m_Received.end() );
+				self.SendChunk( "HELO", HelloOf( textsOfEngine ) );
+				if ( self.Receive().empty() )
+					return;
+				self.SendBudgets( { "A" } );
+				self.SendFrame( { 1 } );
+				self.WaitForHangUp();
+			} );
+		return Record( engine.Address(), { "--frames", "1" } );
+	}
+
+	std::string SentToken() const
+	{
+		const size_t nEnd = m_Sent.find( '\0' );
+		return nEnd == m_Sent.npos ? "none" : m_Sent.substr( nEnd + 1 );
+	}
+
+	const std::string m_EngineThatKnows{ "engine\0open sesame", 18 };
+	std::string m_Sent;
+};
+
+TEST_F( KestoRecordWithAToken, SendsThatOfTheEnvironment )
+{
+	const CVariable token( "SHOWBUDGET_TOKEN", "open sesame" );
+	EXPECT_EQ( RecordFrom( m_EngineThatKnows ).m_nStatus, 0 );
+	EXPECT_EQ( SentToken(), "open sesame" );
+}
+
+TEST_F( KestoRecordWithAToken, SendsTheFirstLineOfTheFileThatTheEnvironmentNames )
+{
+	const std::string path = m_Folder.Path( "token" );
+	std::ofstream( path ) << "open sesame\r\nand nothing of this\n";
+	const CVariable file( "SHOWBUDGET_TOKEN_FILE", path );
+	EXPECT_EQ( RecordFrom( m_EngineThatKnows ).m_nStatus, 0 );
+	EXPECT_EQ( SentToken(), "open sesame" );
+}
+
+TEST_F( KestoRecordWithAToken, TalksToNoEngineThatDoesNotKnowIt )
+{
+	const CVariable token( "SHOWBUDGET_TOKEN", "open sesame" );
+	const KestoRun without = RecordFrom( "engine" );
+	EXPECT_EQ( without.m_nStatus, 2 );
+	EXPECT_THAT( without.m_Errors, testing::HasSubstr( ": the engine has no token, and this program only talks to" ) );
+	const KestoRun withAnother = RecordFrom( std::string( "engine\0open sesam", 17 ) );
+	EXPECT_EQ( withAnother.m_nStatus, 2 );
+	EXPECT_THAT( withAnother.m_Errors, testing::HasSubstr( ": the engine has another token than this program\n" ) );
+	EXPECT_THAT( withAnother.m_Errors, testing::Not( testing::HasSubstr( "sesam" ) ) );
+}
+
+TEST_F( KestoRecordWithAToken, OfTheEngineAloneTalksToIt )
+{
+	EXPECT_EQ( RecordFrom( m_EngineThatKnows ).m_nStatus, 0 );
+	EXPECT_EQ( SentToken(), "none" );
+}
+
+TEST_F( KestoRecordWithAToken, ThatIsNoneConnectsToNobody )
+{
+	const std::string rule = ": a token is one line of 1 to 255 bytes without control characters\n";
+	{
+		const CVariable token( "SHOWBUDGET_TOKEN", "two\nlines" );
+		const KestoRun run = Record( "127.0.0.1:1", { "--frames", "1" } );
+		EXPECT_EQ( run.m_nStatus, 2 );
+		EXPECT_EQ( run.m_Errors, "kesto: SHOWBUDGET_TOKEN" + rule );
+	}
+	const CVariable file( "SHOWBUDGET_TOKEN_FILE", m_Folder.Path( "token" ) );
+	EXPECT_EQ( Record( "127.0.0.1:1", { "--frames", "1" } ).m_Errors,
+		"kesto: SHOWBUDGET_TOKEN_FILE: cannot read " + m_Folder.Path( "token" ) + ": No such file or directory\n" );
+	std::ofstream( m_Folder.Path( "token" ) ) << std::string( 256, 'x' ) << '\n';
+	EXPECT_EQ( Record( "127.0.0.1:1", { "--frames", "1" } ).m_Errors, "kesto: " + m_Folder.Path( "token" ) + rule );
 }
 
 TEST_F( KestoRecord, RefusesWhatDoesNotSpeakTheProtocol )
