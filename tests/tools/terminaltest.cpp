@@ -1,4 +1,4 @@
-// The built program with a terminal as its standard error.
+// The built program with a terminal.
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -10,16 +10,23 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/recordings/recordingwriter.h"
+#include "tests/tools/kestorun.h"
+#include "tools/terminalbuffer.h"
+
 namespace
 {
-// kesto, which reads what is sent here as its standard input and complains to a terminal whose other end is here, too.
+// kesto, which reads what is sent here as its standard input and has a terminal, whose other end is here, too, as its
+// standard output or error; the other one goes nowhere.
 class CKestoOnATerminal
 {
 public:
-	explicit CKestoOnATerminal( std::vector<std::string> words )
+	CKestoOnATerminal( std::vector<std::string> words, int nShown )
 	{
 		m_nTerminal = posix_openpt( O_RDWR | O_NOCTTY | O_CLOEXEC );
 		int sockets[2];
@@ -29,8 +36,9 @@ public:
 		posix_spawn_file_actions_t actions;
 		posix_spawn_file_actions_init( &actions );
 		posix_spawn_file_actions_adddup2( &actions, sockets[1], STDIN_FILENO );
-		posix_spawn_file_actions_addopen( &actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0 );
-		posix_spawn_file_actions_addopen( &actions, STDERR_FILENO, ptsname( m_nTerminal ), O_RDWR | O_NOCTTY, 0 );
+		for ( const int nOutput : { STDOUT_FILENO, STDERR_FILENO } )
+			posix_spawn_file_actions_addopen(
+				&actions, nOutput, nOutput == nShown ? ptsname( m_nTerminal ) : "/dev/null", O_RDWR | O_NOCTTY, 0 );
 		words.insert( words.begin(), KESTO_PROGRAM );
 		std::vector<char *> arguments;
 		for ( std::string &word : words )
@@ -92,7 +100,7 @@ private:
 static void ExpectProgress( const std::vector<std::string> &words, const std::string &front, const std::string &piece )
 {
 	SCOPED_TRACE( words[0] );
-	CKestoOnATerminal kesto( words );
+	CKestoOnATerminal kesto( words, STDERR_FILENO );
 	kesto.Send( front );
 	const auto end = std::chrono::steady_clock::now() + std::chrono::seconds( 60 );
 	while ( kesto.m_Text.find( "Reading -" ) == std::string::npos )
@@ -117,4 +125,82 @@ TEST( KestoProgram, ShowsProgressOnATerminalAndClearsItAtTheEnd )
 	ExpectProgress( { "check", "-", "--frame", "<=1" }, header, frame );
 	ExpectProgress( { "convert", "-", "-", "--to", "csv" }, header, frame );
 	ExpectProgress( { "convert", "-", "-", "--to", "kesto" }, "a 4\n", "b;c 8\n" );
+}
+
+TEST( KestoProgram, ShowsNamesOnATerminalThatDoesNotObeyThem )
+{
+	const CTestFolder folder;
+	const std::string path = folder.Path( "hostile.kesto" );
+	const CRecordingWriter recording = CRecordingWriter()
+										   .Header( 0 )
+										   .BeginFrame()
+										   .Node( 0,
+											   "a\x1B[2Jb\x9B"
+											   "1m\tc\xE9",
+											   1 )
+										   .BeginTimings()
+										   .Entry( 1, 10 )
+										   .Entry( 1, 10 )
+										   .EndFrame();
+	folder.Write( "hostile.kesto", recording.m_Bytes );
+	for ( const std::vector<std::string> &words : { std::vector<std::string>{ "nodes", path },
+			  { "convert", path, "-", "--to", "folded" }, { "convert", path, "-", "--to", "csv" } } )
+	{
+		SCOPED_TRACE( words[0] + " " + words.back() );
+		CKestoOnATerminal kesto( words, STDOUT_FILENO );
+		EXPECT_EQ( kesto.WaitForEnd(), 0 );
+		EXPECT_NE( kesto.m_Text.find( "a?[2Jb?1m" ), std::string::npos ) << kesto.m_Text;
+		EXPECT_NE( kesto.m_Text.find( "c\xC3\xA9" ), std::string::npos ) << kesto.m_Text;
+		EXPECT_EQ( kesto.m_Text.find( '\x1B' ), std::string::npos );
+		// Elsewhere they stay as they are.
+		EXPECT_NE( RunKestoProgram( words ).m_Output.find( "a\x1B[2Jb\xC2\x9B"
+														   "1m\tc\xC3\xA9" ),
+			std::string::npos );
+	}
+}
+
+TEST( TerminalBuffer, GivesTheSameWhereverTheTextIsCut )
+{
+	const std::string text = "1\t\x1B[2J\n\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xC2\x9B\xE2\x80\xAE\xE2\x82"
+							 "x\xFF\xE2";
+	const std::string expected = "1\t?[2J\n\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80????x??";
+	for ( size_t nFirst = 0; nFirst <= text.size(); nFirst++ )
+		for ( size_t nSecond = nFirst; nSecond <= text.size(); nSecond++ )
+		{
+			std::stringbuf shown;
+			{
+				CTerminalBuffer buffer( shown );
+				std::ostream output( &buffer );
+				output << text.substr( 0, nFirst ) << std::flush << text.substr( nFirst, nSecond - nFirst )
+					   << std::flush;
+				for ( const char c : text.substr( nSecond ) )
+					output.put( c );
+				EXPECT_TRUE( output.good() );
+			}
+			ASSERT_EQ( shown.str(), expected ) << nFirst << ' ' << nSecond;
+		}
+}
+
+TEST( TerminalBuffer, ShowsWholeCharactersWhenItIsFlushed )
+{
+	std::stringbuf shown;
+	CTerminalBuffer buffer( shown );
+	std::ostream output( &buffer );
+	output << "\xC3\xA9" << std::flush;
+	EXPECT_EQ( shown.str(), "\xC3\xA9" );
+	output << "\xE2\x82" << std::flush;
+	EXPECT_EQ( shown.str(), "\xC3\xA9" ) << "the rest may come";
+	output << "\xAC" << std::flush;
+	EXPECT_EQ( shown.str(), "\xC3\xA9\xE2\x82\xAC" );
+}
+
+TEST( TerminalBuffer, FailsWhereTheTerminalDoes )
+{
+	class CBroken final : public std::streambuf
+	{
+	} broken;
+	CTerminalBuffer buffer( broken );
+	std::ostream output( &buffer );
+	output << "text";
+	EXPECT_FALSE( output.flush().good() );
 }
