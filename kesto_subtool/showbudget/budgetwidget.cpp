@@ -17,18 +17,21 @@
 #include "showbudget/ibudgetwindowowner.h"
 #include "tessel/itesselconnection.h"
 #include "tessel/itesselhost.h"
+#include "text/showntext.h"
 #include "views/budgethistorywidget.h"
 #include "views/budgetsampleswidget.h"
 #include "wire/chunks.h"
 
 namespace
 {
-constexpr int CONNECTED = 3; // ITesselConnection::GetState
+constexpr int CONNECTED = 3;      // ITesselConnection::GetState
+constexpr int LONGEST_NAME = 255; // characters in a title
 
 // In a title "[*]" is the place of the mark of unsaved changes; doubled it stands for itself.
 QString NameForTitle( const ITesselConnection &connection )
 {
-	return QString::fromUtf8( connection.GetName() ).replace( QLatin1String( "[*]" ), QLatin1String( "[*][*]" ) );
+	return ShownText( QString::fromUtf8( connection.GetName() ), LONGEST_NAME )
+		.replace( QLatin1String( "[*]" ), QLatin1String( "[*][*]" ) );
 }
 
 // The same colours, for a widget that keeps them when the application gets others.

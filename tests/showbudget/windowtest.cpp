@@ -92,6 +92,16 @@ TEST_F( WindowTest, TheTitleShowsANameWithTheMarkOfUnsavedChangesAsItIs )
 	EXPECT_EQ( m_pWindow->windowHandle()->title(), "Show Budget - a[*]b[*][*] <&c> %1" );
 }
 
+// What lists windows (a taskbar, a switcher) obeys what stands in a title.
+TEST_F( WindowTest, TheTitleIsALineOfTextWhateverTheConnectionIsCalled )
+{
+	m_Connection.m_Name = "a\nb\x1B[2J \xE2\x80\xAE"
+						  "txt.\xFF";
+	EXPECT_EQ( MakeWindow().windowTitle(), QStringLiteral( "Show Budget - a\uFFFDb\uFFFD[2J \uFFFDtxt.\uFFFD" ) );
+	m_Connection.m_Name = std::string( 1'000'000, 'x' );
+	EXPECT_EQ( MakeWindow().windowTitle(), "Show Budget - " + QString( 254, 'x' ) + QChar( 0x2026 ) );
+}
+
 TEST_F( WindowTest, TheHostsQuitDoesNotWaitForTheWindow )
 {
 	EXPECT_FALSE( MakeWindow().testAttribute( Qt::WA_QuitOnClose ) );
