@@ -10,6 +10,7 @@
 
 #include "recordings/hugepages.h"
 #include "recordings/kestotexts.h"
+#include "text/showntext.h"
 
 CQKestoFileReader::CQKestoFileReader( QWidget *pParent, const QString &fileName )
 {
@@ -70,7 +71,7 @@ void CQKestoFileReader::ShowDialog( QWidget *pParent, const QString &fileName )
 	m_pDialog =
 		new QProgressDialog( QString(), QStringLiteral( "Stop" ), 0, static_cast<int>( m_Data.size() ), pParent );
 	m_pDialog->setBar( m_pBar );
-	m_pDialog->setLabel( MakeLabel( QStringLiteral( "Decoding " ) + fileName ) );
+	m_pDialog->setLabel( MakeLabel( QStringLiteral( "Decoding " ) + ShownText( fileName ) ) );
 	m_pDialog->setRange( 0, static_cast<int>( m_Data.size() ) );
 	m_pDialog->setMinimumDuration( 0 );
 	m_pDialog->setModal( true );
