@@ -247,10 +247,11 @@ QWidget *CTesselHost::OpenRecordingWindow( const QString &fileName )
 	return nullptr;
 }
 
-// Whoever waits for a picture watches the error output and not the console.
+// One line, also of a file whose name has line feeds: the log would make lines of its own of them. Whoever waits for a
+// picture watches the error output and not the console.
 void CTesselHost::Report( LoggingSeverity severity, const QString &source, const QString &text )
 {
-	m_pLog->Add( severity, source, text );
+	m_pLog->Add( severity, source, ToDisplayLine( text, ConsoleLine::LONGEST_TEXT ) );
 	if ( !m_Options.m_ScreenshotFile.isEmpty() && severity != LoggingSeverity::Message )
 		std::fprintf( stderr, "tessel: %s\n", qUtf8Printable( ToDisplayLine( text, CConsoleModel::SHOWN_LENGTH ) ) );
 }

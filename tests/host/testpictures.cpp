@@ -107,6 +107,16 @@ TEST_F( TesselHost, EndsWithoutAPictureWhenTheRecordingIsNotTaken )
 	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "/somewhere/damaged.kesto is not opened" ) );
 }
 
+// Else a file could be called so that the console seems to say something.
+TEST_F( TesselHost, TellsOfAFileInOneLineWhateverItIsCalled )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/a\nall is well\u202E.kesto" } );
+	m_pRecord->m_bTakesRecordings = false;
+	Start();
+	ASSERT_TRUE( WaitFor( [this]() { return ConsoleText().contains( "is not opened" ); } ) );
+	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "/somewhere/a\uFFFDall is well\uFFFD.kesto is not opened" ) );
+}
+
 TEST_F( TesselHost, RefusesARecordingWithoutTheSubToolThatShowsIt )
 {
 	m_Options.m_Recordings = QStringList( { "/somewhere/demo.kesto" } );
