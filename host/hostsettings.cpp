@@ -42,12 +42,16 @@ void SetChecked( KeyValues &tree, const char *pKey, const QByteArray &bytes )
 	tree.SetString( CheckKey( pKey ).constData(), CheckValue( text ).constData() );
 }
 
-// Files of older versions have no check value: there the text must at least be what an encoder writes.
+// Files of older versions have no check value: there the text must at least be what an encoder writes. That is enough
+// for a geometry, which is a few numbers. The toolkit's reader of a state believes every count in it and would be busy
+// for minutes, or fall down its own calls, so a state that nothing vouches for is not given to it.
 bool IsAsSaved( const KeyValues &tree, const char *pKey )
 {
 	const QByteArray text = tree.GetString( pKey );
 	if ( const QByteArray check = tree.GetString( CheckKey( pKey ).constData() ); !check.isEmpty() )
 		return check == CheckValue( text );
+	if ( pKey == QLatin1String( STATE_KEY ) )
+		return text.isEmpty();
 	const auto result = QByteArray::fromBase64Encoding( text, QByteArray::AbortOnBase64DecodingErrors );
 	return result && ( *result ).toBase64() == text;
 }
@@ -80,8 +84,9 @@ void CHostSettings::DropDamagedWindowValues()
 		if ( !IsAsSaved( *pWindow, pKey ) )
 			bDropped = pWindow->RemoveKey( pKey ) || bDropped;
 	if ( bDropped )
-		Warning(
-			"The main window does not get its old place or layout: it is damaged in %s\n", qUtf8Printable( m_Path ) );
+		Warning( "The main window does not get its old place or layout: it is damaged in %s, or nothing shows that it "
+				 "is not\n",
+			qUtf8Printable( m_Path ) );
 }
 
 bool CHostSettings::Save()
