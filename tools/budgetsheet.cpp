@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
+#include <unordered_map>
 
 #include "wire/budgetchunks.h"
 
@@ -37,17 +39,31 @@ bool CBudgetSheet::WriteHeadings()
 // Each budget goes to the first free column of its name, so that several of one name keep their order.
 void CBudgetSheet::MapColumns( const std::vector<std::string> &names )
 {
+	std::unordered_map<std::string_view, std::vector<size_t>> freeColumns; // the first one last
+	for ( size_t i = m_Names.size(); i-- > 0; )
+		freeColumns[m_Names[i]].push_back( i );
 	m_Places.assign( m_Names.size(), -1 );
 	for ( size_t i = 0; i < names.size(); i++ )
 	{
-		size_t nColumn = 0;
-		while ( nColumn < m_Names.size() && ( m_Places[nColumn] >= 0 || m_Names[nColumn] != names[i] ) )
-			nColumn++;
-		if ( nColumn < m_Names.size() )
-			m_Places[nColumn] = static_cast<int>( i );
-		else if ( std::find( m_LeftOut.begin(), m_LeftOut.end(), names[i] ) == m_LeftOut.end() )
-			m_LeftOut.push_back( names[i] );
+		const auto found = freeColumns.find( names[i] );
+		if ( found == freeColumns.end() || found->second.empty() )
+		{
+			NoteLeftOut( names[i] );
+			continue;
+		}
+		m_Places[found->second.back()] = static_cast<int>( i );
+		found->second.pop_back();
 	}
+}
+
+void CBudgetSheet::NoteLeftOut( const std::string &name )
+{
+	if ( std::find( m_LeftOut.begin(), m_LeftOut.end(), name ) != m_LeftOut.end() )
+		return;
+	if ( m_LeftOut.size() < MAX_LEFT_OUT )
+		m_LeftOut.push_back( name );
+	else
+		m_bMoreLeftOut = true;
 }
 
 bool CBudgetSheet::AddSample( std::span<const uint8_t> payload, double flSeconds )

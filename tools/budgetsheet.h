@@ -26,11 +26,18 @@ public:
 
 	int64_t FrameCount() const { return m_nFrames; }
 	int64_t MalformedCount() const { return m_nMalformed; }
-	const std::vector<std::string> &LeftOut() const { return m_LeftOut; } // names of budgets without a column
+
+	// Names of budgets without a column, as they came; the first MAX_LEFT_OUT of them. An engine may have new ones for
+	// ever.
+	const std::vector<std::string> &LeftOut() const { return m_LeftOut; }
+	bool IsMoreLeftOut() const { return m_bMoreLeftOut; }
+
+	static constexpr size_t MAX_LEFT_OUT = 20;
 
 private:
 	bool WriteHeadings();
 	void MapColumns( const std::vector<std::string> &names );
+	void NoteLeftOut( const std::string &name );
 
 	CCsvWriter m_Csv;
 	std::vector<std::string> m_Names; // of the columns
@@ -41,4 +48,5 @@ private:
 	int64_t m_nFrames = 0;
 	int64_t m_nMalformed = 0;
 	std::vector<std::string> m_LeftOut;
+	bool m_bMoreLeftOut = false;
 };

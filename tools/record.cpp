@@ -102,7 +102,8 @@ private:
 		for ( const std::string &name : m_Sheet.LeftOut() )
 			names += ( names.empty() ? "\"" : ", \"" ) + name + '"';
 		if ( !names.empty() )
-			Complain( "budgets that came later and have no column: " + names );
+			Complain( "budgets that came later and have no column: " + names +
+					  ( m_Sheet.IsMoreLeftOut() ? " and more" : "" ) );
 	}
 
 	CommandContext &m_Context;

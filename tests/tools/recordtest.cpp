@@ -157,6 +157,26 @@ TEST_F( KestoRecord, BudgetsThatChangeKeepTheirColumns )
 							"0,60.000,1,1,2,3", "1,60.000,1,,30,70" } ) );
 }
 
+TEST_F( KestoRecord, OfBudgetsWithoutEndNamesTheFirst )
+{
+	CFakeEngine engine(
+		[]( CFakeEngine &self )
+		{
+			self.ExpectGreetingAndStart();
+			for ( int i = 0; i < 30; i++ )
+				self.SendBudgets( { "B" + std::to_string( i ), "B" + std::to_string( i ) } );
+			self.SendFrame( { 1, 2 } );
+			self.WaitForHangUp();
+		} );
+	const KestoRun run = Record( engine.Address(), { "--frames", "1" } );
+	EXPECT_EQ( run.m_nStatus, 1 );
+	std::string names;
+	for ( int i = 1; i <= 20; i++ ) // the first list made the columns
+		names += ( i > 1 ? ", \"B" : "\"B" ) + std::to_string( i ) + '"';
+	EXPECT_EQ( run.m_Errors,
+		"kesto: " + engine.Address() + ": budgets that came later and have no column: " + names + " and more\n" );
+}
+
 TEST_F( KestoRecord, BudgetsOfOneNameKeepTheirOrder )
 {
 	CFakeEngine engine(
