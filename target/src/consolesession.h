@@ -66,6 +66,8 @@ public:
 	bool WasAdmitted() const { return m_bAdmitted; }             // it is or was open
 	const std::string &EndReason() const { return m_EndReason; } // one line, once the state is Refused or Over
 	const std::string &Name() const { return m_Name; }           // one line
+	bool IsInLog() const { return m_bInLog; }                    // the owner told of its beginning, and will of its end
+	void SetInLog( bool bInLog ) { m_bInLog = bInLog; }
 	uint32_t Wanted() const { return m_State == State::Open ? m_nWanted : 0; }
 
 	// These do nothing while the session is not open.
@@ -106,6 +108,7 @@ private:
 	ISessionOwner &m_Owner;
 	State m_State = State::Greeting;
 	bool m_bAdmitted = false;
+	bool m_bInLog = false;
 	std::string m_Name;
 	std::string m_EndReason;
 

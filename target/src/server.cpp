@@ -27,9 +27,6 @@ constexpr uint32_t MAX_WAITING = 16;
 // and its processor where there is no other.
 constexpr auto FRAME_PAUSE = std::chrono::milliseconds( 4 );
 constexpr auto ACCEPT_PAUSE = std::chrono::milliseconds( 100 );
-// So many connections that were not let in get a line of their own in the log, in so much time.
-constexpr uint64_t MAX_STRANGER_LINES = 20;
-constexpr auto STRANGER_TIME = std::chrono::seconds( 10 );
 
 // The recorder has its own bit and thread.
 uint32_t LiveWanted()
@@ -133,7 +130,8 @@ void CServer::Stop()
 			SendAll(); // lines that say good-bye
 			while ( !m_Connections.empty() )
 				m_Connections.back()->Close( "the engine ended the session" );
-			LogUnnamedStrangers();
+			m_Strangers.TellRest();
+			m_Visitors.TellRest();
 			m_Context.stop();
 		} );
 	m_Thread.join();
@@ -309,28 +307,9 @@ wire::Hello CServer::Answer( const wire::Hello &hello ) const
 void CServer::OnAdmitted( CConsoleSession &session )
 {
 	g_Engine.m_nConsoles.store( AdmittedConsoles(), std::memory_order_relaxed );
-	LogLine( Severity::Message, session.Name() + " connected" );
-}
-
-// Who only knocks at the port must not be able to fill the engine's log.
-void CServer::LogStranger( const std::string &line )
-{
-	const auto now = std::chrono::steady_clock::now();
-	if ( now - m_StrangersSince >= STRANGER_TIME )
-	{
-		LogUnnamedStrangers();
-		m_StrangersSince = now;
-	}
-	if ( m_nStrangers++ < MAX_STRANGER_LINES )
-		LogLine( Severity::Message, line );
-}
-
-void CServer::LogUnnamedStrangers()
-{
-	if ( m_nStrangers > MAX_STRANGER_LINES )
-		LogLine( Severity::Message, std::to_string( m_nStrangers - MAX_STRANGER_LINES ) +
-										" more connections ended without having been let in" );
-	m_nStrangers = 0;
+	session.SetInLog( m_Visitors.Take() );
+	if ( session.IsInLog() )
+		LogLine( Severity::Message, session.Name() + " connected" );
 }
 
 void CServer::OnWantedChanged()
@@ -358,11 +337,9 @@ void CServer::OnCommand( CConsoleSession &session, std::string_view line )
 
 void CServer::OnClosed( CConnection &connection, const std::string &reason )
 {
-	const std::string line = connection.Session().Name() + " left: " + reason;
-	if ( connection.Session().WasAdmitted() )
-		LogLine( Severity::Message, line );
-	else
-		LogStranger( line );
+	const CConsoleSession &session = connection.Session();
+	if ( session.WasAdmitted() ? session.IsInLog() : m_Strangers.Take() )
+		LogLine( Severity::Message, session.Name() + " left: " + reason );
 	std::erase_if(
 		m_Connections, [&connection]( const auto &pConnection ) { return pConnection.get() == &connection; } );
 	g_Engine.m_nConsoles.store( AdmittedConsoles(), std::memory_order_relaxed );

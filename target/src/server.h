@@ -2,7 +2,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <memory>
 #include <string>
 #include <thread>
@@ -12,6 +11,7 @@
 #include "connection.h"
 #include "engine.h"
 #include "framechunks.h"
+#include "lineallowance.h"
 
 namespace showbudget
 {
@@ -46,8 +46,6 @@ private:
 	void WarnOnce();
 
 	uint32_t AdmittedConsoles() const;
-	void LogStranger( const std::string &line );
-	void LogUnnamedStrangers();
 
 	wire::Hello Answer( const wire::Hello &hello ) const override;
 	void OnAdmitted( CConsoleSession &session ) override;
@@ -72,8 +70,8 @@ private:
 	std::vector<std::shared_ptr<CConnection>> m_Connections; // oldest first
 	std::thread m_Thread;
 
-	std::chrono::steady_clock::time_point m_StrangersSince;
-	uint64_t m_nStrangers = 0; // that left since then
+	CLineAllowance m_Strangers{ "more connections ended without having been let in" };
+	CLineAllowance m_Visitors{ "more consoles connected" };
 
 	uint64_t m_nTickFrequency = 0;
 	std::unique_ptr<CMicroseconds> m_pMicroseconds;
