@@ -137,6 +137,15 @@ int LevelsOf( const KeyValues &tree )
 	return nDeepest + 1;
 }
 
+// Of all levels, the tree itself not counted.
+size_t EntriesOf( const KeyValues &tree )
+{
+	size_t nEntries = 0;
+	for ( int i = 0; i < tree.GetCount(); i++ )
+		nEntries += 1 + EntriesOf( *tree.GetEntry( i ) );
+	return nEntries;
+}
+
 // Renames without ever replacing another file. 0, or the error number.
 int RenameToFreeName( const char *pFrom, const char *pTo )
 {
@@ -196,6 +205,8 @@ bool KeyValues::SaveToFile( const char *pPath, ParseError *pError ) const
 {
 	if ( LevelsOf( *this ) > MAX_LEVELS )
 		return Fail( pError, "the tree has more than " + std::to_string( MAX_LEVELS ) + " levels" );
+	if ( EntriesOf( *this ) > MAX_ENTRIES )
+		return Fail( pError, "the tree has more than " + std::to_string( MAX_ENTRIES ) + " entries" );
 
 	const std::string path = ResolveLinks( pPath );
 	std::string newName;

@@ -73,6 +73,7 @@ private:
 
 	std::string_view m_Text;
 	size_t m_nAt = 0;
+	int m_nEntries = 0;
 	Position m_Position;
 	KeyValues::ParseError m_Error;
 };
@@ -222,6 +223,8 @@ bool CKeyValuesReader::ReadBlock( KeyValues &tree, int nLevel )
 			Step();
 			return true;
 		}
+		if ( ++m_nEntries > KeyValues::MAX_ENTRIES )
+			return Fail( at, "more than " + std::to_string( KeyValues::MAX_ENTRIES ) + " entries" );
 		std::string name;
 		if ( !ReadWord( name, "a name or '}'" ) )
 			return false;

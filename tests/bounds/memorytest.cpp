@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "keel0/keyvalues.h"
 #include "memorybound.h"
 #include "recordings/kestomemoryreader.h"
 #include "recordings/noderows.h"
@@ -148,6 +149,45 @@ TEST_F( Memory, OfAHundredBytesIsSmallWhateverTheySay )
 			  "x 1 0.000001: 1 cpu-clock:\n\tffff a (b)\n\nx 1 99999999.9: 1 cpu-clock:\n\tffff a (b)\n",
 		  } )
 		ExpectBounded( m_Folder, pText, ToBytes( pText ) );
+}
+
+// Entries as short as can be, in blocks inside one another, beside one another, and all in one.
+std::string SettingsOf( size_t nBytes, const std::string &block )
+{
+	std::string text = "r{";
+	for ( int i = 0; text.size() < nBytes; i++ )
+		text += std::to_string( i ) + block;
+	return text + "}";
+}
+
+TEST_F( Memory, OfASettingsTextIsBounded )
+{
+	std::string nested = "{";
+	for ( int i = 0; i < 61; i++ )
+		nested += "a{";
+	nested += std::string( 62, '}' );
+	std::string beside = "{";
+	for ( char c = 'a'; c <= 'z'; c++ )
+		beside += std::string( 1, c ) + "{}";
+	beside += '}';
+	const std::string longNames = "_" + std::string( 300, 'n' ) + "\"\"\n";
+	int nLoaded = 0;
+	for ( const std::string &block : { nested, beside, std::string( "{}" ), longNames } )
+		for ( size_t nBytes = 64; nBytes <= size_t{ 16 } << 20; nBytes *= 4 )
+		{
+			const std::string text = SettingsOf( nBytes, block );
+			bool bLoaded = false;
+			EXPECT_LE( PeakMemoryOf(
+						   [&]
+						   {
+							   KeyValues tree( "" );
+							   bLoaded = tree.LoadFromBuffer( text );
+						   } ),
+				MemoryBound( text.size() ) )
+				<< text.size() << " bytes of " << block;
+			nLoaded += bLoaded;
+		}
+	EXPECT_GE( nLoaded, 20 ) << "most of them are settings";
 }
 
 struct LargeRecording

@@ -269,6 +269,27 @@ TEST_F( KeyValuesFile, IsNotSavedWhenItCouldNotBeLoaded )
 	EXPECT_EQ( loaded.LoadFromFile( m_Path.c_str() ), LoadResult::Loaded );
 }
 
+TEST_F( KeyValuesFile, IsNotSavedWithMoreEntriesThanAreLoaded )
+{
+	Write( m_Path, "old" );
+	KeyValues many( "many" );
+	for ( int i = 0; i < 1000; i++ ) // with the blocks themselves 1,000 too many
+	{
+		auto *pBlock = new KeyValues( ( "block " + std::to_string( i ) ).c_str() );
+		for ( int j = 0; j < 500; j++ )
+			pBlock->SetInt( std::to_string( j ).c_str(), j );
+		many.AddSubTree( pBlock );
+	}
+	KeyValues::ParseError error;
+	EXPECT_FALSE( many.SaveToFile( m_Path.c_str(), &error ) );
+	EXPECT_EQ( error.m_Message, "the tree has more than 500000 entries" );
+	EXPECT_EQ( Read( m_Path ), "old" );
+	many.RemoveKey( "block 0" ); // and its 500
+	many.RemoveKey( "block 1" );
+	EXPECT_TRUE( many.SaveToFile( m_Path.c_str(), &error ) );
+	EXPECT_EQ( m_Tree.LoadFromFile( m_Path.c_str() ), LoadResult::Loaded );
+}
+
 class SettingsFile : public KeyValuesFile
 {
 protected:

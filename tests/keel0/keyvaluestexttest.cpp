@@ -242,6 +242,26 @@ TEST( KeyValuesText, MayHaveSixtyFourMebibytesAndNoByteMore )
 	EXPECT_STREQ( tree.GetName(), "old" );
 }
 
+// In one block and in many, since each entry takes memory wherever it stands.
+TEST( KeyValuesText, MayHave500000EntriesAndNoEntryMore )
+{
+	std::string block;
+	for ( int i = 0; i < 999; i++ )
+		block += std::to_string( i ) + "{}\n";
+	std::string text = "root {\n";
+	for ( int i = 0; i < 500; i++ ) // 1,000 entries each, with their own
+		text += std::to_string( i ) + "{\n" + block + "}\n";
+	KeyValues tree( "" );
+	EXPECT_TRUE( tree.LoadFromBuffer( text + '}' ) );
+	EXPECT_EQ( tree.GetCount(), 500 );
+	KeyValues::ParseError error;
+	EXPECT_FALSE( tree.LoadFromBuffer( text + "  last x }", &error ) );
+	EXPECT_EQ( error.m_Message, "more than 500000 entries" );
+	EXPECT_EQ( error.m_nLine, 2u + 500u * 1001u );
+	EXPECT_EQ( error.m_nColumn, 3u );
+	EXPECT_EQ( tree.GetCount(), 500 ) << "the tree is as before";
+}
+
 TEST( KeyValuesText, ABlockOfManyNamesIsRead )
 {
 	// Were each name compared with all before it, the time limit of the test would end it.

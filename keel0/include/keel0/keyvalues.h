@@ -86,12 +86,14 @@ public:
 
 	static constexpr int MAX_LEVELS = 64; // blocks inside one another
 	static constexpr size_t MAX_TEXT_SIZE = size_t{ 64 } << 20;
+	static constexpr int MAX_ENTRIES = 500'000; // of all levels; one takes fifty times the memory of its shortest text
 
 	// Reads a text of the form above into this tree, replacing name and content. On an error the tree is unchanged, the
 	// result is false and *pError (may be null) says where (line 0: the text is longer than MAX_TEXT_SIZE).
 	bool LoadFromBuffer( std::string_view text, ParseError *pError = nullptr );
 
-	// A tree of more than MAX_LEVELS levels gives a text that cannot be read back; SaveToFile refuses it.
+	// A tree of more than MAX_LEVELS levels or MAX_ENTRIES entries gives a text that cannot be read back; SaveToFile
+	// refuses it.
 	std::string SaveToBuffer() const;
 
 	LoadResult LoadFromFile( const char *pPath, ParseError *pError = nullptr );
