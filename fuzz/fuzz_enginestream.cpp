@@ -101,7 +101,8 @@ bool IsFitForOneLine( const QString &line )
 	{
 		const ushort n = character.unicode();
 		const bool bControl = n < 0x20 || ( n >= 0x7F && n < 0xA0 );
-		const bool bDirection = ( n >= 0x202A && n <= 0x202E ) || ( n >= 0x2066 && n <= 0x2069 );
+		const bool bDirection = ( n >= 0x202A && n <= 0x202E ) || ( n >= 0x2066 && n <= 0x2069 ) || n == 0x061C ||
+								n == 0x200E || n == 0x200F;
 		if ( bControl || bDirection || n == 0x2028 || n == 0x2029 )
 			return false;
 	}
