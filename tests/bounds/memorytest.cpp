@@ -190,6 +190,66 @@ TEST_F( Memory, OfASettingsTextIsBounded )
 	EXPECT_GE( nLoaded, 20 ) << "most of them are settings";
 }
 
+// Traces whose scopes are as short as they can be, so that many nodes come from few bytes.
+struct DenseTrace
+{
+	const char *m_pName;
+	const char *m_pFormat;
+	std::function<std::string( size_t nBytes )> m_Make;
+};
+
+std::string Repeated( std::string text, const std::string &piece, size_t nBytes )
+{
+	while ( text.size() < nBytes )
+		text += piece;
+	return text;
+}
+
+const DenseTrace DENSE_TRACES[] = {
+	{ "one deep stack", "speedscope",
+		[]( size_t nBytes )
+		{
+			return Repeated(
+					   R"({"shared":{"frames":[{"name":"a"}]},"profiles":[{"type":"sampled","weights":[4],"samples":[[0)",
+					   ",0", nBytes ) +
+				   "]]}]}";
+		} },
+	{ "many stacks that begin alike", "folded",
+		[]( size_t nBytes )
+		{
+			std::string text;
+			for ( int i = 0; text.size() < nBytes; i++ )
+				text += "a;" + std::to_string( i ) + ";b;c;d 4\n";
+			return text;
+		} },
+	{ "many names", "folded",
+		[]( size_t nBytes )
+		{
+			std::string text;
+			for ( int i = 0; text.size() < nBytes; i++ )
+				text += std::to_string( i ) + " 4\n";
+			return text;
+		} },
+};
+
+// As many bytes as make the most nodes that a recording can have: with more, the bound grows and the nodes do not.
+TEST_F( Memory, OfAConversionOfDenseTracesIsBounded )
+{
+	constexpr size_t BYTES = 9 << 18;
+	for ( const DenseTrace &trace : DENSE_TRACES )
+	{
+		const std::string text = trace.m_Make( BYTES );
+		const std::string path = m_Folder.Write( "input", ToBytes( text ) );
+		for ( const char *pTo : { "kesto", "speedscope", "csv" } )
+			EXPECT_LE( PeakMemoryOf(
+						   [&] {
+							   RunCommand( { "convert", path.c_str(), "-", "--from", trace.m_pFormat, "--to", pTo } );
+						   } ),
+				MemoryBound( text.size() ) )
+				<< trace.m_pName << ", to " << pTo;
+	}
+}
+
 struct LargeRecording
 {
 	const char *m_pName;

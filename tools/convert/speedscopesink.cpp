@@ -1,5 +1,7 @@
 #include "tools/convert/speedscopesink.h"
 
+#include <algorithm>
+
 #include "tools/convert/ownkeys.h"
 
 namespace convert
@@ -49,11 +51,8 @@ void CSpeedscopeSink::Event( const char *pType, int32_t nNode, int64_t nTime )
 
 void CSpeedscopeSink::BeginScope( const CCallTree &tree, int32_t nNode, int64_t nTime, uint64_t nCalls )
 {
-	while ( m_FrameNames.size() <= static_cast<size_t>( nNode ) )
-	{
-		const int32_t nNamed = static_cast<int32_t>( m_FrameNames.size() );
-		m_FrameNames.emplace_back( nNamed == CCallTree::ROOT ? FRAME_NAME : m_Texts.Name( tree.Get( nNamed ) ) );
-	}
+	m_pTree = &tree;
+	m_nFrames = std::max( m_nFrames, nNode + 1 );
 	if ( nCalls != 1 )
 		m_Report.Add( Note::CallsLost );
 	Event( "O", nNode, nTime );
@@ -75,11 +74,11 @@ bool CSpeedscopeSink::Finish()
 	m_Json.StartObject();
 	m_Json.KeyOf( "frames" );
 	m_Json.StartArray();
-	for ( const std::string &name : m_FrameNames )
+	for ( int32_t nNode = 0; nNode < m_nFrames; nNode++ )
 	{
 		m_Json.StartObject();
 		m_Json.KeyOf( "name" );
-		m_Json.Text( name );
+		m_Json.Text( nNode == CCallTree::ROOT ? FRAME_NAME : m_Texts.Name( m_pTree->Get( nNode ) ) );
 		m_Json.EndObject();
 		m_Output.m_Buffer.FlushWhenLong();
 	}

@@ -25,6 +25,7 @@ private:
 	INodeTexts &m_Texts;
 	CJsonOutput m_Output;
 	CJsonTextWriter m_Json;
-	std::vector<std::string> m_FrameNames; // by node; speedscope calls the name of a scope a frame
+	const CCallTree *m_pTree = nullptr; // until Finish
+	int32_t m_nFrames = 0;              // nodes whose names are wanted, from the root on; speedscope calls them frames
 };
 } // namespace convert

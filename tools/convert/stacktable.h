@@ -18,13 +18,21 @@ public:
 
 	uint32_t Push( uint32_t nStack, uint32_t nName ) // nStack itself when the table is full
 	{
+		// What was pushed on a stack first is found without the index, which so stays small where most stacks go on in
+		// one way only.
+		const uint32_t nFirst = m_Entries[nStack].m_nFirstAbove;
+		if ( nFirst != EMPTY_STACK && m_Entries[nFirst].m_nName == nName )
+			return nFirst;
 		const uint64_t nKey = CPairIndex::Key( nStack, nName );
-		uint32_t nEntry = m_Index.Find( nKey );
-		if ( nEntry != CPairIndex::EMPTY || m_Entries.size() >= MAX_STACKS )
-			return nEntry != CPairIndex::EMPTY ? nEntry : nStack;
-		nEntry = static_cast<uint32_t>( m_Entries.size() );
+		const uint32_t nFound = nFirst == EMPTY_STACK ? CPairIndex::EMPTY : m_Index.Find( nKey );
+		if ( nFound != CPairIndex::EMPTY || m_Entries.size() >= MAX_STACKS )
+			return nFound != CPairIndex::EMPTY ? nFound : nStack;
+		const auto nEntry = static_cast<uint32_t>( m_Entries.size() );
 		m_Entries.push_back( { nStack, nName } );
-		m_Index.Add( nKey, nEntry );
+		if ( nFirst == EMPTY_STACK )
+			m_Entries[nStack].m_nFirstAbove = nEntry;
+		else
+			m_Index.Add( nKey, nEntry );
 		return nEntry;
 	}
 
@@ -42,8 +50,9 @@ private:
 	{
 		uint32_t m_nBelow;
 		uint32_t m_nName;
+		uint32_t m_nFirstAbove = EMPTY_STACK; // which is above nothing
 	};
 	std::vector<Entry> m_Entries{ Entry{ 0, 0 } };
-	CPairIndex m_Index;
+	CPairIndex m_Index; // of all but those that are the first above another
 };
 } // namespace convert

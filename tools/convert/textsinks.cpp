@@ -123,32 +123,29 @@ CCsvSink::CCsvSink( INodeTexts &texts, ByteOutput output )
 }
 
 // As RFC 4180 has it.
-static std::string CsvField( std::string_view text )
+static void AppendCsvField( std::string &line, std::string_view text )
 {
 	if ( text.find_first_of( "\",\r\n" ) == std::string_view::npos )
-		return std::string( text );
-	std::string field = "\"";
+	{
+		line += text;
+		return;
+	}
+	line += '"';
 	for ( const char c : text )
-		field.append( c == '"' ? 2 : 1, c );
-	return field + '"';
+		line.append( c == '"' ? 2 : 1, c );
+	line += '"';
 }
 
-void CCsvSink::AddNodes( const CCallTree &tree )
+void CCsvSink::AddDepths( const CCallTree &tree )
 {
-	for ( int32_t i = static_cast<int32_t>( m_Nodes.size() ); i < tree.Count(); i++ )
-	{
-		const CCallTree::Node &node = tree.Get( i );
-		if ( i == CCallTree::ROOT )
-			m_Nodes.emplace_back();
-		else
-			m_Nodes.push_back(
-				{ CsvField( m_Texts.Name( node ) ), m_Nodes[static_cast<size_t>( node.m_nParent )].m_nDepth + 1 } );
-	}
+	m_Depths.reserve( static_cast<size_t>( tree.Count() ) );
+	for ( int32_t i = static_cast<int32_t>( m_Depths.size() ); i < tree.Count(); i++ )
+		m_Depths.push_back( i == CCallTree::ROOT ? 0 : m_Depths[static_cast<size_t>( tree.Get( i ).m_nParent )] + 1 );
 }
 
 bool CCsvSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> times )
 {
-	AddNodes( tree );
+	AddDepths( tree );
 	m_Exclusive.assign( times.size(), 0 );
 	for ( size_t i = times.size(); i-- > 0; )
 	{
@@ -173,7 +170,7 @@ bool CCsvSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> times
 
 bool CCsvSink::AddFrameWithoutTimes( const CCallTree &tree )
 {
-	AddNodes( tree );
+	AddDepths( tree );
 	WriteLine( tree, CCallTree::ROOT, {}, 0 );
 	m_nFrame++;
 	return m_Output.FlushWhenLong();
@@ -181,12 +178,18 @@ bool CCsvSink::AddFrameWithoutTimes( const CCallTree &tree )
 
 void CCsvSink::WriteLine( const CCallTree &tree, int32_t nNode, const NodeTimes &times, int64_t nExclusive )
 {
-	const NodeText &text = m_Nodes[static_cast<size_t>( nNode )];
-	const std::string parent = nNode == CCallTree::ROOT ? "" : std::to_string( tree.Get( nNode ).m_nParent );
+	const CCallTree::Node &node = tree.Get( nNode );
+	const bool bRoot = nNode == CCallTree::ROOT;
+	std::string &line = m_Output.m_Text;
 	for ( const std::string &field :
-		{ std::to_string( m_nFrame ), std::to_string( nNode ), parent, std::to_string( text.m_nDepth ), text.m_Name,
-			std::to_string( times.m_nCalls ), FormatMicroseconds( times.m_nTime ) } )
-		m_Output.m_Text.append( field ).append( "," );
-	m_Output.m_Text.append( FormatMicroseconds( nExclusive ) ).append( "\n" );
+		{ std::to_string( m_nFrame ), std::to_string( nNode ), bRoot ? std::string() : std::to_string( node.m_nParent ),
+			std::to_string( m_Depths[static_cast<size_t>( nNode )] ) } )
+		line.append( field ).append( "," );
+	if ( !bRoot )
+		AppendCsvField( line, m_Texts.Name( node ) );
+	for ( const std::string &field :
+		{ std::to_string( times.m_nCalls ), FormatMicroseconds( times.m_nTime ), FormatMicroseconds( nExclusive ) } )
+		line.append( "," ).append( field );
+	line.append( "\n" );
 }
 } // namespace convert

@@ -45,17 +45,12 @@ public:
 	bool Finish() override { return m_Output.Flush(); }
 
 private:
-	void AddNodes( const CCallTree &tree );
+	void AddDepths( const CCallTree &tree );
 	void WriteLine( const CCallTree &tree, int32_t nNode, const NodeTimes &times, int64_t nExclusive );
 
-	struct NodeText
-	{
-		std::string m_Name; // quoted where it has to be
-		int m_nDepth = 0;
-	};
 	INodeTexts &m_Texts;
 	COutputBuffer m_Output;
-	std::vector<NodeText> m_Nodes;
+	std::vector<int32_t> m_Depths; // by node
 	std::vector<int64_t> m_Exclusive;
 	uint64_t m_nFrame = 0;
 };

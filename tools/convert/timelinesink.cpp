@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <utility>
 
 namespace convert
 {
@@ -24,6 +25,7 @@ std::string FormatMicroseconds( int64_t nNanoseconds )
 void CTimelineSink::Measure( const CCallTree &tree, std::span<const NodeTimes> times )
 {
 	m_Extents.assign( times.size(), {} );
+	m_IsShown.assign( times.size(), false );
 	for ( size_t i = times.size(); i-- > 0; )
 	{
 		Extent &extent = m_Extents[i];
@@ -33,12 +35,12 @@ void CTimelineSink::Measure( const CCallTree &tree, std::span<const NodeTimes> t
 		if ( node.m_nTime < extent.m_nChildren && extent.m_nChildren > 0 )
 			m_Report.Add( Note::Widened );
 		extent.m_nWidth = std::min( std::max( node.m_nTime, extent.m_nChildren ), MAX_WIDTH );
-		extent.m_bShown = extent.m_bShown || i == 0 || node.m_nCalls > 0 || node.m_nTime != 0;
-		if ( i == 0 || !extent.m_bShown )
+		m_IsShown[i] = m_IsShown[i] || i == 0 || node.m_nCalls > 0 || node.m_nTime != 0;
+		if ( i == 0 || !m_IsShown[i] )
 			continue;
-		Extent &parent = m_Extents[static_cast<size_t>( tree.Get( static_cast<int32_t>( i ) ).m_nParent )];
-		parent.m_nChildren = std::min( parent.m_nChildren + extent.m_nWidth, MAX_WIDTH );
-		parent.m_bShown = true;
+		const auto nParent = static_cast<size_t>( tree.Get( static_cast<int32_t>( i ) ).m_nParent );
+		m_Extents[nParent].m_nChildren = std::min( m_Extents[nParent].m_nChildren + extent.m_nWidth, MAX_WIDTH );
+		m_IsShown[nParent] = true;
 	}
 }
 
@@ -53,32 +55,32 @@ bool CTimelineSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes> 
 		BeginScope( tree, nNode, nTime, times[static_cast<size_t>( nNode )].m_nCalls );
 	};
 	// Where a node begins its parent's next child begins behind it; a node's end is its own m_nNext plus what is left.
-	std::vector<int32_t> open;
 	const auto firstShown = [&]( int32_t nNode )
 	{
-		while ( nNode != CCallTree::NONE && !extentOf( nNode ).m_bShown )
+		while ( nNode != CCallTree::NONE && !m_IsShown[static_cast<size_t>( nNode )] )
 			nNode = tree.Get( nNode ).m_nNextSibling;
 		return nNode;
 	};
 	begin( CCallTree::ROOT, m_nTime );
-	open.push_back( CCallTree::ROOT );
+	int32_t nOpen = CCallTree::ROOT; // the innermost scope; the others are those around it
 	int32_t nNext = firstShown( tree.Get( CCallTree::ROOT ).m_nFirstChild );
-	while ( !open.empty() )
+	while ( nOpen != CCallTree::NONE )
 	{
 		if ( nNext != CCallTree::NONE )
 		{
-			Extent &parent = extentOf( open.back() );
+			Extent &parent = extentOf( nOpen );
 			begin( nNext, parent.m_nNext );
 			parent.m_nNext += extentOf( nNext ).m_nWidth;
-			open.push_back( nNext );
+			nOpen = nNext;
 			nNext = firstShown( tree.Get( nNext ).m_nFirstChild );
+			if ( !Flush() ) // a chain of nodes may be as long as the tree
+				return false;
 			continue;
 		}
-		const int32_t nNode = open.back();
-		open.pop_back();
-		const Extent &extent = extentOf( nNode );
-		EndScope( nNode, extent.m_nNext + extent.m_nWidth - extent.m_nChildren );
-		nNext = firstShown( tree.Get( nNode ).m_nNextSibling );
+		const int32_t nEnded = std::exchange( nOpen, tree.Get( nOpen ).m_nParent );
+		const Extent &extent = extentOf( nEnded );
+		EndScope( nEnded, extent.m_nNext + extent.m_nWidth - extent.m_nChildren );
+		nNext = firstShown( tree.Get( nEnded ).m_nNextSibling );
 		if ( !Flush() )
 			return false;
 	}

@@ -40,9 +40,9 @@ private:
 		int64_t m_nWidth = 0;
 		int64_t m_nChildren = 0; // width of the children together
 		int64_t m_nNext = 0;     // where the next child begins
-		bool m_bShown = false;
 	};
 	std::vector<Extent> m_Extents;
+	std::vector<bool> m_IsShown; // with a node its parent
 	int64_t m_nTime = 0;
 };
 
