@@ -5,10 +5,11 @@
 #include <string>
 #include <string_view>
 
-// What is written goes to a file of a temporary name beside the wanted one, which is renamed by Commit once it is on the
-// disk; a file of that name that existed before keeps its bytes until then, and its permissions for good. A symbolic
-// link stays one: the file that it leads to is replaced, or made where it leads to none. Where the name is something
-// else than a file (a pipe, a device), and for "-", which is standard output, bytes are written straight away.
+// What is written goes to a file of a temporary name beside the wanted one, which is renamed by Commit once it is on
+// the disk; a file of that name that existed before keeps its bytes until then, and its permissions for good. A
+// symbolic link stays one: the file that it leads to is replaced, or made where it leads to none. Where the name is
+// something else than a file (a pipe, a device), and for "-", which is standard output, bytes are written straight
+// away.
 class COutputFile
 {
 public:
