@@ -73,17 +73,16 @@ public:
 		const bool bKept = flMeasured <= limit.m_flMilliseconds;
 		if ( !bKept )
 			m_Status = std::max( m_Status, ExitStatus::Damage );
-		m_Table.AddRow( { bKept ? "ok" : "BROKEN", FormatFixed( flMeasured, 3 ), limit.m_Text,
-			limit.m_Name.empty() ? "(frame)" : wire::ToPlainLine( limit.m_Name ) } );
-		m_bMeasured = true;
+		m_Table.AddRow( { bKept ? "ok" : "BROKEN", FormatFixed( flMeasured, 3 ), limit.m_Text } );
+		m_Names.push_back( limit.m_Name.empty() ? "(frame)" : wire::ToPlainLine( limit.m_Name ) );
 	}
 
 	ExitStatus Finish()
 	{
-		if ( m_bMeasured )
+		if ( !m_Names.empty() )
 		{
 			m_Context.m_Output << "Percentile " << m_flPercentile << " of " << m_Recording.FrameCount() << " frames\n";
-			m_Table.Print( m_Context.m_Output );
+			m_Table.Print( m_Context.m_Output, [this]( size_t nRow ) { return m_Names[nRow]; } );
 		}
 		return std::max( m_Status, m_Recording.Status() );
 	}
@@ -94,7 +93,7 @@ private:
 	const CNodeTree m_Tree;
 	const double m_flPercentile;
 	CTextTable m_Table{ { "result", "measured ms", "limit ms", "node" } };
-	bool m_bMeasured = false; // the table has a row
+	std::vector<std::string> m_Names; // of the table's rows
 	ExitStatus m_Status = ExitStatus::Fine;
 };
 

@@ -77,7 +77,7 @@ void WriteRecording( CJsonWriter &json, const char *pKey, const LoadedRecording 
 	json.EndObject();
 }
 
-std::string MakeJson( const LoadedRecording &a, const LoadedRecording &b, const std::vector<ComparedNode> &nodes )
+void PrintJson( std::ostream &output, const LoadedRecording &a, const LoadedRecording &b, const Comparison &comparison )
 {
 	std::string text;
 	CJsonWriter json( text );
@@ -85,7 +85,7 @@ std::string MakeJson( const LoadedRecording &a, const LoadedRecording &b, const 
 	WriteRecording( json, "a", a );
 	WriteRecording( json, "b", b );
 	json.Key( "nodes" ).BeginArray();
-	for ( const ComparedNode &node : nodes )
+	for ( const ComparedNode &node : comparison.m_Nodes )
 	{
 		json.BeginObject();
 		WriteFigures( json, "a", node.m_A );
@@ -93,12 +93,13 @@ std::string MakeJson( const LoadedRecording &a, const LoadedRecording &b, const 
 		WriteOptional( json, "change_percent", node.ChangePercent() );
 		json.Key( "change_us" ).Number( node.Change() );
 		WriteOptional( json, "p", node.m_flProbability );
-		json.Key( "path" ).Text( node.m_Path );
+		json.Key( "path" ).Text( comparison.Path( node ) );
 		json.EndObject();
+		WriteWhenLong( output, text );
 	}
 	json.EndArray();
 	json.EndObject();
-	return text + '\n';
+	output << text << '\n';
 }
 
 std::string WithSign( const std::string &text )
@@ -113,28 +114,25 @@ std::string FormatProbability( const std::optional<double> &flProbability )
 	return *flProbability < 0.0001 ? "<0.0001" : FormatFixed( *flProbability, 4 );
 }
 
-void PrintText(
-	std::ostream &output, const LoadedRecording &a, const LoadedRecording &b, const std::vector<ComparedNode> &nodes )
+void PrintText( std::ostream &output, const LoadedRecording &a, const LoadedRecording &b, const Comparison &comparison )
 {
 	output << "A  " << wire::ToPlainLine( a.m_Path ) << ", frames: " << a.FrameCount() << '\n'
 		   << "B  " << wire::ToPlainLine( b.m_Path ) << ", frames: " << b.FrameCount() << "\n\n";
 	CTextTable table( { "A mean ms", "B mean ms", "change ms", "change", "p", "A p95 ms", "B p95 ms", "node" } );
 	const auto time = []( const std::optional<NodeFigures> &figures, double NodeFigures::*pTime )
 	{ return figures ? FormatMilliseconds( ( *figures ).*pTime ) : std::string( "-" ); };
-	for ( const ComparedNode &node : nodes )
+	for ( const ComparedNode &node : comparison.m_Nodes )
 	{
 		const std::optional<double> flPercent = node.ChangePercent();
 		table.AddRow( { time( node.m_A, &NodeFigures::m_flMean ), time( node.m_B, &NodeFigures::m_flMean ),
 			WithSign( FormatMilliseconds( node.Change() ) ),
 			flPercent ? WithSign( FormatFixed( *flPercent, 1 ) ) + '%' : "-", FormatProbability( node.m_flProbability ),
-			time( node.m_A, &NodeFigures::m_flPercentile95 ), time( node.m_B, &NodeFigures::m_flPercentile95 ),
-			NameForTable( node.m_Path ) } );
+			time( node.m_A, &NodeFigures::m_flPercentile95 ), time( node.m_B, &NodeFigures::m_flPercentile95 ) } );
 	}
-	table.Print( output );
+	table.Print( output, [&]( size_t nRow ) { return NameForTable( comparison.Path( comparison.m_Nodes[nRow] ) ); } );
 }
 
-std::vector<ComparedNode> CompareWithProgress(
-	CommandContext &context, const LoadedRecording &a, const LoadedRecording &b )
+Comparison CompareWithProgress( CommandContext &context, const LoadedRecording &a, const LoadedRecording &b )
 {
 	constexpr int64_t STEPS = 1000;
 	CProgress progress( context.m_pProgress, "Comparing with " + b.m_Path, STEPS );
@@ -156,12 +154,12 @@ ExitStatus Compare( CommandContext &context, const CompareOptions &options )
 		context.m_Errors << FormatErrorLine( pRecording->m_Path, {}, "there are no frames to compare" ) << '\n';
 		return ExitStatus::Unusable;
 	}
-	std::vector<ComparedNode> nodes = CompareWithProgress( context, a, b );
-	std::erase_if( nodes, [&]( const ComparedNode &node ) { return !minChange.Passes( node ); } );
+	Comparison comparison = CompareWithProgress( context, a, b );
+	std::erase_if( comparison.m_Nodes, [&]( const ComparedNode &node ) { return !minChange.Passes( node ); } );
 	if ( options.m_bJson )
-		context.m_Output << MakeJson( a, b, nodes );
+		PrintJson( context.m_Output, a, b, comparison );
 	else
-		PrintText( context.m_Output, a, b, nodes );
+		PrintText( context.m_Output, a, b, comparison );
 	return std::max( a.Status(), b.Status() );
 }
 } // namespace

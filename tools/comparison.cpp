@@ -9,7 +9,6 @@
 #include <unordered_map>
 
 #include "tools/nodefigures.h"
-#include "tools/nodetree.h"
 
 namespace
 {
@@ -142,18 +141,24 @@ std::optional<double> ComparedNode::ChangePercent() const
 	return 100.0 * Change() / std::fabs( m_A->m_flMean );
 }
 
-std::vector<ComparedNode> CompareRecordings(
+std::string Comparison::Path( const ComparedNode &node ) const
+{
+	const CNodeTree &tree = node.m_bRowOfA ? m_TreeA : m_TreeB;
+	return tree.Path( tree.Rows()[static_cast<size_t>( node.m_nRow )] );
+}
+
+Comparison CompareRecordings(
 	const CKestoFile &a, const CKestoFile &b, const std::function<void( double flDone )> &progress )
 {
-	const CNodeTree treeA( a );
-	const CNodeTree treeB( b );
+	Comparison comparison{ CNodeTree( a ), CNodeTree( b ), {} };
 	CPathNumbers paths;
-	const std::vector<int32_t> numbersA = paths.NumberRows( treeA );
-	const std::vector<int32_t> numbersB = paths.NumberRows( treeB );
-	const Side sideA = MakeSide( treeA, numbersA, paths.Count() );
-	const Side sideB = MakeSide( treeB, numbersB, paths.Count() );
+	const std::vector<int32_t> numbersA = paths.NumberRows( comparison.m_TreeA );
+	const std::vector<int32_t> numbersB = paths.NumberRows( comparison.m_TreeB );
+	const Side sideA = MakeSide( comparison.m_TreeA, numbersA, paths.Count() );
+	const Side sideB = MakeSide( comparison.m_TreeB, numbersB, paths.Count() );
 
-	std::vector<ComparedNode> nodes( static_cast<size_t>( paths.Count() ) );
+	std::vector<ComparedNode> &nodes = comparison.m_Nodes;
+	nodes.resize( static_cast<size_t>( paths.Count() ) );
 	std::vector<Moments> momentsA;
 	std::vector<Moments> momentsB;
 	const auto halfOf = [&progress]( double flFirst )
@@ -168,14 +173,13 @@ std::vector<ComparedNode> CompareRecordings(
 	AddFigures( b, sideB, nodes, &ComparedNode::m_B, momentsB, halfOf( 0.5 ) );
 	for ( size_t i = 0; i < nodes.size(); i++ )
 	{
-		const bool bInA = sideA.m_Rows[i] >= 0;
-		const CNodeTree &tree = bInA ? treeA : treeB;
-		nodes[i].m_Path = tree.Path( tree.Rows()[static_cast<size_t>( bInA ? sideA.m_Rows[i] : sideB.m_Rows[i] )] );
+		nodes[i].m_bRowOfA = sideA.m_Rows[i] >= 0;
+		nodes[i].m_nRow = ( nodes[i].m_bRowOfA ? sideA : sideB ).m_Rows[i];
 		if ( nodes[i].m_A && nodes[i].m_B )
 			nodes[i].m_flProbability = WelchProbability( momentsA[i], momentsB[i] );
 	}
 	std::stable_sort( nodes.begin(), nodes.end(),
 		[]( const ComparedNode &left, const ComparedNode &right )
 		{ return std::fabs( left.Change() ) > std::fabs( right.Change() ); } );
-	return nodes;
+	return comparison;
 }

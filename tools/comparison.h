@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "recordings/kestofile.h"
+#include "tools/nodetree.h"
 #include "tools/statistics.h"
 
 // Welch's t-test: how likely means that differ at least as much would come about by chance if both sets were drawn from
@@ -23,7 +24,8 @@ struct NodeFigures
 
 struct ComparedNode
 {
-	std::string m_Path;             // Latin-1, see CNodeTree
+	bool m_bRowOfA = true; // of nodes that are in B only, the row is one of B's tree
+	int32_t m_nRow = 0;
 	std::optional<NodeFigures> m_A; // none: not in that recording
 	std::optional<NodeFigures> m_B;
 	std::optional<double> m_flProbability; // only of nodes in both
@@ -32,8 +34,17 @@ struct ComparedNode
 	std::optional<double> ChangePercent() const; // none when the mean of A is 0
 };
 
+struct Comparison
+{
+	CNodeTree m_TreeA;
+	CNodeTree m_TreeB;
+	std::vector<ComparedNode> m_Nodes;
+
+	std::string Path( const ComparedNode &node ) const; // Latin-1, see CNodeTree
+};
+
 // Nodes of the same path are one; several of them in one recording are added up. The largest change comes first, up or
 // down; equal ones come in the order of A's tree, then B's.
-// The progress is told which part of the work, from 0 to 1, is done.
-std::vector<ComparedNode> CompareRecordings(
+// The files must outlive the comparison. The progress is told which part of the work, from 0 to 1, is done.
+Comparison CompareRecordings(
 	const CKestoFile &a, const CKestoFile &b, const std::function<void( double flDone )> &progress = {} );

@@ -38,19 +38,20 @@ void WriteFrameTimes( CJsonWriter &json, const Summary &summary )
 	json.EndObject();
 }
 
-void WriteTopNode( CJsonWriter &json, const Summary::Node &node )
+void WriteTopNode( CJsonWriter &json, const CNodeTree &tree, const Summary::Node &node )
 {
+	const CNodeTree::Row &row = tree.Rows()[node.m_nRow];
 	json.BeginObject();
 	json.Key( "calls" ).Integer( node.m_Totals.m_nCalls );
-	json.Key( "id" ).Integer( node.m_nNode );
-	json.Key( "name" ).Text( node.m_Name );
-	json.Key( "path" ).Text( node.m_Path );
+	json.Key( "id" ).Integer( row.m_nNode );
+	json.Key( "name" ).Text( tree.Name( row ) );
+	json.Key( "path" ).Text( tree.Path( row ) );
 	json.Key( "self_us" ).Integer( node.m_Totals.m_nSelfTime );
 	json.Key( "total_us" ).Integer( node.m_Totals.m_nTime );
 	json.EndObject();
 }
 
-std::string MakeJson( const LoadedRecording &recording, const Summary &summary )
+void PrintJson( std::ostream &output, const LoadedRecording &recording, const CNodeTree &tree, const Summary &summary )
 {
 	std::string text;
 	CJsonWriter json( text );
@@ -75,10 +76,13 @@ std::string MakeJson( const LoadedRecording &recording, const Summary &summary )
 	}
 	json.Key( "top_nodes" ).BeginArray();
 	for ( const Summary::Node &node : summary.m_TopNodes )
-		WriteTopNode( json, node );
+	{
+		WriteTopNode( json, tree, node );
+		WriteWhenLong( output, text );
+	}
 	json.EndArray();
 	json.EndObject();
-	return text + '\n';
+	output << text << '\n';
 }
 
 void PrintFrameTimes( std::ostream &output, const Summary &summary )
@@ -93,7 +97,7 @@ void PrintFrameTimes( std::ostream &output, const Summary &summary )
 		   << "Slowest frame  " << summary.m_nSlowestFrame << ", " << FormatMilliseconds( times.Maximum() ) << " ms\n";
 }
 
-void PrintTopNodes( std::ostream &output, const Summary &summary )
+void PrintTopNodes( std::ostream &output, const CNodeTree &tree, const Summary &summary )
 {
 	if ( summary.m_TopNodes.empty() || summary.m_nFrames == 0 )
 		return;
@@ -106,13 +110,13 @@ void PrintTopNodes( std::ostream &output, const Summary &summary )
 		table.AddRow( { FormatMilliseconds( flTotal ),
 			summary.m_nDuration > 0 ? FormatFixed( 100.0 * flTotal / flDuration, 1 ) + "%" : "-",
 			FormatMilliseconds( static_cast<double>( node.m_Totals.m_nSelfTime ) ),
-			FormatMilliseconds( flTotal / summary.m_nFrames ), std::to_string( node.m_Totals.m_nCalls ),
-			NameForTable( node.m_Path ) } );
+			FormatMilliseconds( flTotal / summary.m_nFrames ), std::to_string( node.m_Totals.m_nCalls ) } );
 	}
-	table.Print( output );
+	table.Print( output,
+		[&]( size_t nRow ) { return NameForTable( tree.Path( tree.Rows()[summary.m_TopNodes[nRow].m_nRow] ) ); } );
 }
 
-void PrintText( std::ostream &output, const LoadedRecording &recording, const Summary &summary )
+void PrintText( std::ostream &output, const LoadedRecording &recording, const CNodeTree &tree, const Summary &summary )
 {
 	output << "File           " << wire::ToPlainLine( recording.m_Path ) << '\n'
 		   << "Size           " << summary.m_nSize << " bytes\n"
@@ -120,7 +124,7 @@ void PrintText( std::ostream &output, const LoadedRecording &recording, const Su
 		   << "Nodes          " << summary.m_nNodes << ", depth " << summary.m_nLevels << '\n'
 		   << "Duration       " << FormatFixed( static_cast<double>( summary.m_nDuration ) / 1e6, 3 ) << " s\n";
 	PrintFrameTimes( output, summary );
-	PrintTopNodes( output, summary );
+	PrintTopNodes( output, tree, summary );
 }
 
 ExitStatus Info( CommandContext &context, const InfoOptions &options )
@@ -128,11 +132,12 @@ ExitStatus Info( CommandContext &context, const InfoOptions &options )
 	const LoadedRecording recording = LoadRecording( context, options.m_File );
 	if ( recording.Status() == ExitStatus::Unusable )
 		return ExitStatus::Unusable;
-	const Summary summary = Summarise( recording, options.m_nTop, options.m_Order );
+	const CNodeTree tree( *recording.m_pFile );
+	const Summary summary = Summarise( recording, tree, options.m_nTop, options.m_Order );
 	if ( options.m_bJson )
-		context.m_Output << MakeJson( recording, summary );
+		PrintJson( context.m_Output, recording, tree, summary );
 	else
-		PrintText( context.m_Output, recording, summary );
+		PrintText( context.m_Output, recording, tree, summary );
 	return recording.Status();
 }
 } // namespace

@@ -1,6 +1,7 @@
 #include "tools/jsonwriter.h"
 
 #include <cmath>
+#include <ostream>
 
 static void AppendEscaped( std::string &text, unsigned char nByte )
 {
@@ -56,4 +57,13 @@ void CJsonWriter::Number( double flValue )
 	std::array<char, 32> digits;
 	const auto end = std::to_chars( digits.data(), digits.data() + digits.size(), flValue ).ptr;
 	Raw( { digits.data(), end } );
+}
+
+void WriteWhenLong( std::ostream &output, std::string &buffer )
+{
+	constexpr size_t LONG = 1 << 16;
+	if ( buffer.size() < LONG )
+		return;
+	output << buffer;
+	buffer.clear();
 }

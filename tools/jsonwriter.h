@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -71,3 +72,6 @@ private:
 	std::string &m_Buffer;
 	bool m_bComma = false; // something stands before the next value
 };
+
+// Empties a buffer into the output once it is long: what is large needs not be there as a whole.
+void WriteWhenLong( std::ostream &output, std::string &buffer );

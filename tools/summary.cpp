@@ -16,10 +16,9 @@ static std::vector<size_t> RowsByTime( const CNodeTree &tree, const CPagedList<N
 	return rows;
 }
 
-Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder order )
+Summary Summarise( const LoadedRecording &recording, const CNodeTree &tree, size_t nTopNodes, NodeOrder order )
 {
 	const CKestoFile &file = *recording.m_pFile;
-	const CNodeTree tree( file );
 	const CPagedList<NodeTotals> totals = SumNodes( file, tree );
 	const std::vector<int32_t> times = FrameTimes( file );
 
@@ -35,10 +34,6 @@ Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder
 	std::vector<size_t> rows = RowsByTime( tree, totals, order );
 	rows.resize( std::min( rows.size(), nTopNodes ) );
 	for ( const size_t nRow : rows )
-	{
-		const CNodeTree::Row &row = tree.Rows()[nRow];
-		summary.m_TopNodes.push_back(
-			{ row.m_nNode, std::string( tree.Name( row ) ), tree.Path( row ), totals[row.m_nNode] } );
-	}
+		summary.m_TopNodes.push_back( { nRow, totals[tree.Rows()[nRow].m_nNode] } );
 	return summary;
 }

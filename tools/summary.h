@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "tools/loadedrecording.h"
@@ -19,9 +18,7 @@ struct Summary
 {
 	struct Node
 	{
-		int32_t m_nNode;
-		std::string m_Name; // Latin-1
-		std::string m_Path;
+		size_t m_nRow; // of the tree
 		NodeTotals m_Totals;
 	};
 
@@ -35,5 +32,6 @@ struct Summary
 	std::vector<Node> m_TopNodes;
 };
 
-// The recording must have a file. Of nodes with equal times the one earlier in the tree comes first.
-Summary Summarise( const LoadedRecording &recording, size_t nTopNodes, NodeOrder order );
+// The recording must have a file, and the tree is that file's. Of nodes with equal times the one earlier in the tree
+// comes first.
+Summary Summarise( const LoadedRecording &recording, const CNodeTree &tree, size_t nTopNodes, NodeOrder order );

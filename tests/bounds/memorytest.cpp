@@ -342,4 +342,35 @@ TEST_F( Memory, OfAParsedRecordingIs64MebibytesAnd16BytesPerByteAtMost )
 		EXPECT_LE( nPeak, MemoryBound( writer.m_Bytes.size() ) ) << recording.m_pName;
 	}
 }
+
+// One frame in which nodes of that name are inside one another.
+std::vector<uint8_t> NestedNodes( int32_t nNodes, const std::string &name )
+{
+	CRecordingWriter writer = CRecordingWriter().Header().BeginFrame();
+	for ( int32_t n = 1; n <= nNodes; n++ )
+		writer.Node( n - 1, name, n );
+	writer.BeginTimings();
+	for ( int32_t n = 0; n <= nNodes; n++ )
+		writer.Entry( 1, static_cast<uint32_t>( nNodes - n + 1 ) );
+	return writer.EndFrame().m_Bytes;
+}
+
+// The path to a node is up to 64 names long, so the paths to all of them may be far longer than the recording.
+TEST_F( Memory, OfListingAllNodesIsBounded )
+{
+	for ( const std::vector<uint8_t> &bytes :
+		{ NestedNodes( 2000, std::string( 1000, 'n' ) ), NestedNodes( 300000, "" ) } )
+	{
+		const std::string path = m_Folder.Write( "input", bytes );
+		const char *pPath = path.c_str();
+		for ( const std::vector<const char *> &arguments : std::vector<std::vector<const char *>>{
+				  { "info", pPath, "--top", "1000000000" }, { "info", pPath, "--top", "1000000000", "--json" } } )
+			EXPECT_LE( PeakMemoryOf( [&] { RunCommand( arguments ); } ), MemoryBound( bytes.size() ) )
+				<< ShowArguments( arguments );
+		for ( const std::vector<const char *> &arguments : std::vector<std::vector<const char *>>{
+				  { "compare", pPath, pPath }, { "compare", pPath, pPath, "--json" } } )
+			EXPECT_LE( PeakMemoryOf( [&] { RunCommand( arguments ); } ), MemoryBound( 2 * bytes.size() ) )
+				<< ShowArguments( arguments );
+	}
+}
 } // namespace
