@@ -17,6 +17,7 @@
 #include "miniprofilerpicture.h"
 #include "recordingconnection.h"
 #include "targetconnection.h"
+#include "unattendedboxes.h"
 
 namespace
 {
@@ -160,6 +161,8 @@ void CTesselHost::StartDemo()
 
 void CTesselHost::StartScreenshot()
 {
+	m_pUnattendedBoxes = std::make_unique<CUnattendedBoxes>(
+		[this]( const QString &line ) { Report( LoggingSeverity::Warning, QString(), line ); } );
 	const auto findWindow = [this]() -> QWidget *
 	{
 		m_pLog->Flush();
@@ -355,6 +358,7 @@ void CTesselHost::ShutDown()
 	if ( std::exchange( m_bShutDown, true ) )
 		return;
 	m_pScreenshot.reset();
+	m_pUnattendedBoxes.reset();
 	if ( m_bStarted )
 	{
 		// Nobody will read the console any more.

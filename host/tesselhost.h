@@ -20,6 +20,7 @@
 
 class CDemoProcess;
 class CRecordingConnection;
+class CUnattendedBoxes;
 
 class CTesselHost final
 	: public QObject
@@ -91,6 +92,7 @@ private:
 	std::vector<QPointer<QWidget>> m_RecordingWindows;
 	std::unique_ptr<CDemoProcess> m_pDemo;
 	std::unique_ptr<CScreenshot> m_pScreenshot;
+	std::unique_ptr<CUnattendedBoxes> m_pUnattendedBoxes; // while a picture is waited for
 	bool m_bStarted = false;
 	bool m_bShutDown = false;
 };

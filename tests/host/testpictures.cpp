@@ -1,6 +1,7 @@
 // Recordings that the console opens by itself, and the pictures that it writes.
 #include <QComboBox>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QImage>
 #include <QSignalSpy>
 #include <QTreeWidget>
@@ -115,6 +116,41 @@ TEST_F( TesselHost, TellsOfAFileInOneLineWhateverItIsCalled )
 	Start();
 	ASSERT_TRUE( WaitFor( [this]() { return ConsoleText().contains( "is not opened" ); } ) );
 	EXPECT_THAT( ConsoleText().toStdString(), HasSubstr( "/somewhere/a\uFFFDall is well\uFFFD.kesto is not opened" ) );
+}
+
+TEST_F( TesselHost, GoesOnWithADamagedRecordingWhenNobodyIsThereToBeAsked )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/damaged.kesto" } );
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "player.png" );
+	m_Options.m_ScreenshotSubject = ScreenshotSubject::Player;
+	m_Options.m_flScreenshotAfter = 0.0;
+	m_pRecord->m_bAsksAboutDamage = true;
+	m_pRecord->m_bOffersToGoOn = true;
+	testing::internal::CaptureStderr();
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	const bool bFinished = WaitFor( [&]() { return finished.count() > 0; } );
+	EXPECT_EQ( testing::internal::GetCapturedStderr(), "tessel: File Error: Truncated file; Timings truncated\n" );
+	ASSERT_TRUE( bFinished );
+	EXPECT_EQ( finished[0][0].toInt(), 0 );
+	EXPECT_FALSE( QImage( m_Options.m_ScreenshotFile ).isNull() );
+}
+
+TEST_F( TesselHost, EndsWithoutAPictureWhenNothingIsLeftOfTheRecording )
+{
+	m_Options.m_Recordings = QStringList( { "/somewhere/damaged.kesto" } );
+	m_Options.m_ScreenshotFile = m_Folder.filePath( "player.png" );
+	m_Options.m_ScreenshotSubject = ScreenshotSubject::Player;
+	m_pRecord->m_bAsksAboutDamage = true;
+	testing::internal::CaptureStderr();
+	Start();
+	QSignalSpy finished( m_pHost.get(), &CTesselHost::Finished );
+	const bool bFinished = WaitFor( [&]() { return finished.count() > 0; } );
+	EXPECT_EQ( testing::internal::GetCapturedStderr(), "tessel: File Error: Truncated file; Timings truncated\n"
+													   "tessel: /somewhere/damaged.kesto is not opened\n" );
+	ASSERT_TRUE( bFinished );
+	EXPECT_EQ( finished[0][0].toInt(), 1 );
+	EXPECT_FALSE( QFileInfo::exists( m_Options.m_ScreenshotFile ) );
 }
 
 TEST_F( TesselHost, RefusesARecordingWithoutTheSubToolThatShowsIt )

@@ -2,6 +2,7 @@
 #include "testplugin.h"
 
 #include <QLabel>
+#include <QMessageBox>
 
 #include <cstring>
 #include <map>
@@ -51,7 +52,7 @@ public:
 	Q_INVOKABLE bool OpenRecording( const QString &fileName )
 	{
 		Record( "OpenRecording " + fileName.toStdString() );
-		return g_Record.m_bTakesRecordings;
+		return g_Record.m_bAsksAboutDamage ? AskAboutDamage() : g_Record.m_bTakesRecordings;
 	}
 	Q_INVOKABLE void ShowRecordedFrame( int nFrame ) { Record( "ShowRecordedFrame " + std::to_string( nFrame ) ); }
 	Q_INVOKABLE void ShowSlowestRecordedFrame() { Record( "ShowSlowestRecordedFrame" ); }
@@ -67,6 +68,14 @@ public:
 		g_pMemAlloc->Free( pBuffer );
 		g_Record.m_nSamples++;
 		return true;
+	}
+
+private:
+	bool AskAboutDamage()
+	{
+		const auto offered = g_Record.m_bOffersToGoOn ? QMessageBox::Ok | QMessageBox::Cancel : QMessageBox::Cancel;
+		return QMessageBox::warning( this, "File Error", "Truncated file\nTimings truncated", offered ) ==
+			   QMessageBox::Ok;
 	}
 };
 
