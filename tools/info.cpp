@@ -140,6 +140,11 @@ ExitStatus Info( CommandContext &context, const InfoOptions &options )
 		PrintText( context.m_Output, recording, tree, summary );
 	return recording.Status();
 }
+
+std::string TellIfNoOrder( const std::string &name )
+{
+	return name == "total" || name == "self" ? std::string() : '"' + name + "\" is neither total nor self";
+}
 } // namespace
 
 void AddInfoCommand( CLI::App &app, CommandContext &context )
@@ -152,7 +157,12 @@ void AddInfoCommand( CLI::App &app, CommandContext &context )
 	command.add_option( "--top", pOptions->m_nTop, "How many nodes to list (10)" )
 		->type_name( "N" )
 		->check( WholeNumberFrom( 0 ) );
-	command.add_option( "--by", pOptions->m_Order, "Which nodes: most time in total, or by itself" )
-		->transform( CLI::CheckedTransformer(
-			std::map<std::string, NodeOrder>{ { "total", NodeOrder::Total }, { "self", NodeOrder::Self } } ) );
+	command
+		.add_option_function<std::string>(
+			"--by",
+			[pOptions]( const std::string &name )
+			{ pOptions->m_Order = name == "self" ? NodeOrder::Self : NodeOrder::Total; },
+			"Which nodes: those with the most time in total, or by themselves (total)" )
+		->type_name( "total|self" )
+		->check( CLI::Validator( TellIfNoOrder, "" ) );
 }

@@ -1,4 +1,5 @@
 // The built program as a process: statuses, help, streams, signals, manual pages and completion.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -131,6 +132,16 @@ TEST( KestoProgram, WrongUsageIsOneLineAndStatusTwo )
 	}
 	EXPECT_EQ(
 		RunKestoProgram( { "nonsense" } ).m_Errors, "kesto: there is no command \"nonsense\" (see kesto --help)\n" );
+}
+
+TEST( KestoProgram, AnOptionWithAFewWordsNamesThemInItsHelpAndWhenAnotherIsGiven )
+{
+	EXPECT_THAT( RunKestoProgram( { "info", "--help" } ).m_Output, testing::HasSubstr( "\n  --by total|self  " ) );
+	for ( const std::string word : { "age", "1", "Self", "" } )
+		EXPECT_EQ( RunKestoProgram( { "info", "a", "--by", word } ).m_Errors,
+			"kesto: --by: \"" + word + "\" is neither total nor self (see kesto info --help)\n" );
+	EXPECT_THAT( RunKestoProgram( { "convert", "--help" } ).m_Output,
+		testing::HasSubstr( "\n  --to FORMAT:kesto, chrome, speedscope, folded, csv\n" ) );
 }
 
 TEST( KestoProgram, EveryReadingCommandTellsWholeFromDamagedFromUnusable )

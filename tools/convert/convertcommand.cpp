@@ -266,8 +266,10 @@ void AddConvertCommand( CLI::App &app, CommandContext &context )
 			"Ends in .kesto, .speedscope.json, .json (Chrome), .folded or .csv; \"-\" is standard output (with --to)" )
 		->required();
 	command.add_option( "--from", pArguments->m_From, "What IN is, where its first bytes do not tell" )
+		->type_name( "FORMAT" )
 		->check( FormatValidator( CanRead ) );
 	command.add_option( "--to", pArguments->m_To, "What OUT is, where its name does not tell" )
+		->type_name( "FORMAT" )
 		->check( FormatValidator( CanWrite ) );
 	CLI::Option *pFrame =
 		command.add_option( "--frame", pArguments->m_FrameName, "Each scope of this name begins a frame" )
