@@ -88,8 +88,8 @@ TEST( ChromeTrace, ATimeSince1970KeepsItsNanoseconds )
 		{"ph":"E","ts":1763700000000006.001,"pid":1,"tid":1},
 		{"name":"b","ph":"B","ts":1763700000000006.001,"pid":1,"tid":1},
 		{"ph":"E","ts":1763700000000012.002,"pid":1,"tid":1}])" ),
-		// 6 microseconds are one and a half units of 4: rounded up.
-		( FrameFigures{ { "", { 1, 12 } }, { "a", { 1, 8 } }, { "b", { 1, 8 } } } ) );
+		// The end of the first is at one and a half units of 4: rounded up. The end of the second is at three.
+		( FrameFigures{ { "", { 1, 12 } }, { "a", { 1, 8 } }, { "b", { 1, 4 } } } ) );
 }
 
 TEST( ChromeTrace, EscapesInNamesAreCharacters )

@@ -280,6 +280,29 @@ TEST( Frames, TimesAreRoundedToTheUnitOfARecordingAndThatIsSaid )
 	EXPECT_EQ( conversion.m_Report.Get( Note::TimeRounded ), 3u );
 }
 
+TEST( Frames, RoundedChildrenFitIntoTheirParentAndFramesIntoTheWhole )
+{
+	// Ends at 2, 4 and 6 microseconds: at 1/2, 1 and 1 1/2 units of 4, the halves rounded up.
+	ConversionOptions folded;
+	folded.m_From = convert::Format::Folded;
+	const std::string three = "a;x 2\na;y 2\na;z 2\n";
+	EXPECT_EQ( FramesOf( ConvertText( three, folded ).m_Bytes ).at( 0 ),
+		( FrameFigures{
+			{ "", { 1, 8 } }, { "a", { 3, 8 } }, { "a/x", { 1, 4 } }, { "a/y", { 1, 0 } }, { "a/z", { 1, 4 } } } ) );
+
+	// Frames of 5 microseconds end at 1 1/4, 2 1/2, 3 3/4 and 5 units.
+	ConversionOptions options;
+	options.m_Cut.m_nPeriod = 5000;
+	const Conversion conversion = ConvertText( Trace( { CompleteEvent( "a", 0, 20 ) } ), options );
+	std::vector<int64_t> times;
+	for ( const FrameFigures &frame : FramesOf( conversion.m_Bytes ) )
+	{
+		times.push_back( frame.at( "" ).second );
+		EXPECT_EQ( frame.at( "a" ).second, times.back() );
+	}
+	EXPECT_THAT( times, ElementsAre( 4, 8, 4, 4 ) );
+}
+
 TEST( Frames, WhatARecordingCannotHoldIsCutAndSaid )
 {
 	std::vector<std::string> events = { CompleteEvent( "long", 0, 3e9 ) };

@@ -9,6 +9,19 @@ namespace convert
 static constexpr size_t FLUSH_SIZE = 1 << 16;
 static constexpr int64_t UNIT = int64_t{ wire::RECORDING_TIME_UNIT } * 1000; // nanoseconds
 
+// A moment, as how long after the last whole unit it is.
+static int64_t OffsetInUnit( int64_t nMoment )
+{
+	return ( nMoment % UNIT + UNIT ) % UNIT;
+}
+
+// How many units, rounded to the nearest, the end of a time is behind its begin, which is that long after a whole unit.
+static int64_t UnitsFrom( int64_t nBegin, int64_t nTime )
+{
+	const int64_t nEnd = nBegin + nTime % UNIT + UNIT; // above 0; the unit more comes off again below
+	return nTime / UNIT + ( nEnd + UNIT / 2 ) / UNIT - ( nBegin + UNIT / 2 ) / UNIT - 1;
+}
+
 CRecordingSink::CRecordingSink( INodeTexts &texts, CReport &report, ByteOutput output, NodeRecords records )
 	: m_Texts( texts )
 	, m_Report( report )
@@ -26,9 +39,15 @@ bool CRecordingSink::AddFrame( const CCallTree &tree, std::span<const NodeTimes>
 {
 	BeginFrame( tree );
 	m_Writer.BeginTimings();
+	m_Ends.resize( static_cast<size_t>( tree.Count() ) );
 	for ( const int32_t nNode : m_Order )
 	{
-		WriteEntry( times[static_cast<size_t>( nNode )] );
+		const NodeTimes &node = times[static_cast<size_t>( nNode )];
+		int64_t &nBegin =
+			nNode == CCallTree::ROOT ? m_nFrameBegin : m_Ends[static_cast<size_t>( tree.Get( nNode ).m_nParent )];
+		m_Ends[static_cast<size_t>( nNode )] = nBegin;
+		WriteEntry( node, UnitsFrom( nBegin, node.m_nTime ) );
+		nBegin = OffsetInUnit( nBegin + node.m_nTime % UNIT );
 		FlushWhenLong();
 	}
 	return EndFrame();
@@ -144,10 +163,9 @@ void CRecordingSink::CollectOrder( const CCallTree &tree )
 	}
 }
 
-void CRecordingSink::WriteEntry( const NodeTimes &times )
+void CRecordingSink::WriteEntry( const NodeTimes &times, int64_t nRounded )
 {
 	const int64_t nTime = times.m_nTime;
-	const int64_t nRounded = nTime / UNIT + ( nTime % UNIT * 2 >= UNIT ) - ( nTime % UNIT * 2 <= -UNIT );
 	constexpr int64_t MAX_UNITS = MAX_MICROSECONDS / wire::RECORDING_TIME_UNIT;
 	const int64_t nUnits = std::clamp( nRounded, -MAX_UNITS - 1, MAX_UNITS );
 	if ( nTime % UNIT != 0 )

@@ -16,6 +16,11 @@ struct NodeRecord
 	int32_t m_nRootParent = CCallTree::NONE; // of the root only, when its definition names one; it is not in the tree
 };
 
+// Times are rounded as the recorder of the target library does it: on one axis, on which the frames follow each other
+// and, from a node's begin, its children do, each begin and end goes to the nearest unit of the file, and a time is
+// what lies between. So children that fit into their parent do so afterwards, the frames add up to the whole, and what
+// is whole units already stays as it is.
+//
 // Children of a node are chained in the order in which they lie in the tree, as far as the format allows: those that
 // come later than others' frame are in front of them.
 class CRecordingSink : public IFrameSink
@@ -54,7 +59,7 @@ private:
 	void DefineNode( const CCallTree &tree, int32_t nNode );
 	void CollectOrder( const CCallTree &tree );
 	void FlushWhenLong();
-	void WriteEntry( const NodeTimes &times );
+	void WriteEntry( const NodeTimes &times, int64_t nRounded );
 
 	INodeTexts &m_Texts;
 	CReport &m_Report;
@@ -64,6 +69,10 @@ private:
 	std::vector<TableString> m_Strings;
 	std::vector<Link> m_Links;
 	std::vector<int32_t> m_Order; // of the entries of a frame
+	// Moments, as nanoseconds since a whole unit: where the next frame begins, and for each node where its next child
+	// does.
+	int64_t m_nFrameBegin = 0;
+	std::vector<int64_t> m_Ends;
 	bool m_bHeader = false;
 	bool m_bGood = true;
 };
