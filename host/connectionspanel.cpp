@@ -74,6 +74,8 @@ QWidget *CQConnectionsPanel::MakeList()
 	pHeader->setSectionResizeMode( QHeaderView::Interactive );
 	pHeader->setSectionResizeMode( CConnectionsModel::StateColumn, QHeaderView::Stretch );
 	const QFontMetrics metrics( font() );
+	// Where room is short the state, which takes what is left, still tells the states apart.
+	pHeader->setMinimumSectionSize( metrics.horizontalAdvance( tr( "Disconnected" ) ) + 24 );
 	const auto widen = [&]( int nColumn, const char *pLongest )
 	{ pHeader->resizeSection( nColumn, metrics.horizontalAdvance( pLongest ) + 24 ); };
 	widen( CConnectionsModel::NameColumn, "a name of an engine " );

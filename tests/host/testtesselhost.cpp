@@ -2,6 +2,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QDockWidget>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -9,6 +10,7 @@
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTreeView>
 
 #include "connectionspanel.h"
 #include "keel0/platform.h"
@@ -71,6 +73,18 @@ TEST_F( TesselHost, KeepsTheNewestRecentAddressesOnly )
 	panel.AddRecentAddress( { "a", 5 } );
 	EXPECT_EQ( panel.RecentAddresses().size(), 10 );
 	EXPECT_EQ( panel.RecentAddresses().mid( 0, 3 ), QStringList( { "a:5", "a:12", "a:11" } ) );
+}
+
+TEST_F( TesselHost, ASmallWindowLeavesRoomForTheStateOfAConnection )
+{
+	Start();
+	m_pHost->Window().resize( 500, 400 );
+	RunEventTurns();
+	const auto *pList = Child<QTreeView>( "ConnectionList" );
+	ASSERT_LT( pList->viewport()->width(), pList->header()->length() )
+		<< "all columns together are wider than the list";
+	EXPECT_GT( pList->columnWidth( CConnectionsModel::StateColumn ),
+		QFontMetrics( pList->font() ).horizontalAdvance( "Disconnected" ) );
 }
 
 TEST_F( TesselHost, DisconnectsConnectsAndRemovesTheSelectedConnection )
